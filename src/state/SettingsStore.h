@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ovel {
+
+// The per-user key/value store: strings, booleans and byte blobs under string keys. Every write
+// is durable when the call returns; reads of a key holding another type answer as if absent.
+class SettingsStore {
+public:
+    virtual ~SettingsStore() = default;
+
+    virtual std::optional<std::string> string(std::string_view key) const = 0;
+    // Absent, or not a boolean, reads as false.
+    virtual bool boolean(std::string_view key) const = 0;
+    // Whether the stored value is a boolean at all (absent is not).
+    virtual bool holdsBoolean(std::string_view key) const = 0;
+    virtual std::optional<std::string> data(std::string_view key) const = 0;
+
+    virtual void setString(std::string_view key, std::string_view value) = 0;
+    virtual void setBoolean(std::string_view key, bool value) = 0;
+    virtual void setData(std::string_view key, std::string_view bytes) = 0;
+    virtual void remove(std::string_view key) = 0;
+};
+
+} // namespace ovel

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace ovel {
+
+class WebView;
+class WebViewDelegate;
+
+// A content rule list compiled by the engine, ready to attach to web views.
+class ContentRuleList {
+public:
+    virtual ~ContentRuleList() = default;
+    virtual const std::string& identifier() const = 0;
+};
+
+class WebEngine {
+public:
+    virtual ~WebEngine() = default;
+
+    // A fresh web view with its own settings and content controller, page zoom 1.1. The
+    // delegate must outlive the view.
+    virtual std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) = 0;
+
+    using CompletionHandler = std::function<void(std::shared_ptr<ContentRuleList>)>;
+    // Compiles a JSON rule list under `identifier`. The handler may run on any thread and gets
+    // none when compilation failed. Returns false, without calling the handler, when the engine
+    // has no rule-list store.
+    virtual bool compileContentRuleList(std::string_view identifier, std::string_view json,
+                                        CompletionHandler completion) = 0;
+};
+
+} // namespace ovel

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ovel {
+
+class ContentRuleList;
+class Download;
+
+struct LoadRequest {
+    std::string url;
+    // The engine stops a load that has not finished after this long.
+    std::chrono::milliseconds timeout{std::chrono::seconds(60)};
+};
+
+struct NavigationAction {
+    std::optional<std::string> url;
+    bool shouldPerformDownload = false;
+};
+
+enum class NavigationActionPolicy { Cancel, Allow, Download };
+
+struct NavigationResponse {
+    bool canShowMimeType = true;
+};
+
+enum class NavigationResponsePolicy { Allow, Download };
+
+enum class MediaCaptureType { Camera, Microphone, CameraAndMicrophone, Other };
+
+enum class SitePermissionKind { Location, Notifications };
+
+enum class PermissionDecision { Prompt, Grant, Deny };
+
+struct UserScript {
+    std::string source;
+    // Injected at document start into the main frame only.
+};
+
+// What a web view tells its owner. Every call arrives on the UI thread, in the order the
+// engine sends them: provisional start, then finish or failure.
+class WebViewDelegate {
+public:
+    virtual ~WebViewDelegate() = default;
+
+    virtual void didStartProvisionalNavigation() = 0;
+    virtual void didFinishNavigation() = 0;
+    virtual void didFailNavigation() = 0;
+    virtual void estimatedProgressDidChange() = 0;
+
+    virtual NavigationActionPolicy decidePolicy(const NavigationAction& action) = 0;
+    virtual NavigationResponsePolicy decidePolicy(const NavigationResponse& response) = 0;
+    // A navigation action or response became a download.
+    virtual void navigationDidBecomeDownload(std::shared_ptr<Download> download) = 0;
+
+    // `host` is lower-cased. A Prompt answer is put to the user by the engine side.
+    virtual PermissionDecision decideMediaCapturePermission(std::string_view host,
+                                                            MediaCaptureType type) = 0;
+    virtual PermissionDecision decideSitePermission(std::string_view host,
+                                                    SitePermissionKind kind) = 0;
+};
+
+// One page of the web engine, owned by one tab.
+class WebView {
+public:
+    virtual ~WebView() = default;
+
+    virtual void load(const LoadRequest& request) = 0;
+    // Shows generated HTML with no base URL: afterwards the view has no URL.
+    virtual void loadHTMLString(std::string_view html) = 0;
+    virtual void goBack() = 0;
+    virtual void goForward() = 0;
+    virtual void reload() = 0;
+    virtual void stopLoading() = 0;
+
+    // None for generated HTML loaded without a base URL.
+    virtual std::optional<std::string> url() const = 0;
+    virtual std::optional<std::string> title() const = 0;
+    virtual bool canGoBack() const = 0;
+    virtual bool canGoForward() const = 0;
+    virtual double estimatedProgress() const = 0;
+
+    virtual double pageZoom() const = 0;
+    virtual void setPageZoom(double zoom) = 0;
+    // Forward, case-insensitive, wrapping; the engine highlights and scrolls to the match.
+    virtual void find(std::string_view text) = 0;
+
+    virtual void removeAllContentRuleLists() = 0;
+    virtual void addContentRuleList(const ContentRuleList& list) = 0;
+    virtual void removeAllUserScripts() = 0;
+    virtual void addUserScript(const UserScript& script) = 0;
+};
+
+} // namespace ovel

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "state/Desktop.h"
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ovel::test {
+
+// A desktop whose file system is a set of paths.
+class FakeDesktop : public Desktop {
+public:
+    std::optional<std::string> downloadsFolder() override { return downloads; }
+    bool fileExists(std::string_view path) const override {
+        return existingFiles.count(std::string(path)) > 0;
+    }
+    void revealFile(std::string_view path) override { revealed.emplace_back(path); }
+
+    std::optional<std::string> downloads = std::string("/home/user/Downloads");
+    std::set<std::string> existingFiles;
+    std::vector<std::string> revealed;
+};
+
+} // namespace ovel::test

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "web/WebEngine.h"
+#include "web/WebView.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ovel::test {
+
+// A web view that records what it is asked to do and replays engine events in the order the
+// real engine sends them.
+class FakeWebView : public WebView {
+public:
+    explicit FakeWebView(WebViewDelegate& delegate) : delegate_(delegate) {}
+
+    void load(const LoadRequest& request) override;
+    void loadHTMLString(std::string_view html) override;
+    void goBack() override { ++goBackCount; }
+    void goForward() override { ++goForwardCount; }
+    void reload() override { ++reloadCount; }
+    void stopLoading() override { ++stopCount; }
+
+    std::optional<std::string> url() const override { return currentUrl; }
+    std::optional<std::string> title() const override { return currentTitle; }
+    bool canGoBack() const override { return backAvailable; }
+    bool canGoForward() const override { return forwardAvailable; }
+    double estimatedProgress() const override { return progress; }
+    double pageZoom() const override { return zoom; }
+    void setPageZoom(double value) override { zoom = value; }
+    void find(std::string_view text) override { findRequests.emplace_back(text); }
+
+    void removeAllContentRuleLists() override { attachedRuleLists.clear(); }
+    void addContentRuleList(const ContentRuleList& list) override {
+        attachedRuleLists.push_back(list.identifier());
+    }
+    void removeAllUserScripts() override { userScripts.clear(); }
+    void addUserScript(const UserScript& script) override {
+        userScripts.push_back(script.source);
+    }
+
+    // A whole successful navigation to `url`: policy, provisional start, commit, finish.
+    void simulateNavigation(const std::string& url, std::optional<std::string> pageTitle);
+    void simulateFailure();
+    void simulateProgress(double value);
+
+    WebViewDelegate& delegate() { return delegate_; }
+
+    std::vector<LoadRequest> loadRequests;
+    std::vector<std::string> htmlLoads;
+    std::vector<std::string> findRequests;
+    std::vector<std::string> attachedRuleLists;
+    std::vector<std::string> userScripts;
+    int goBackCount = 0;
+    int goForwardCount = 0;
+    int reloadCount = 0;
+    int stopCount = 0;
+
+    std::optional<std::string> currentUrl;
+    std::optional<std::string> currentTitle;
+    bool backAvailable = false;
+    bool forwardAvailable = false;
+    double progress = 0;
+    double zoom = 1.1;
+
+private:
+    WebViewDelegate& delegate_;
+};
+
+} // namespace ovel::test
