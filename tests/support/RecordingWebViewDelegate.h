@@ -32,6 +32,8 @@ public:
     std::optional<NavigationResponsePolicy> responsePolicy;
     PermissionDecision mediaDecision = PermissionDecision::Prompt;
     PermissionDecision siteDecision = PermissionDecision::Prompt;
+    // Given to each download at once, as a tab does.
+    std::shared_ptr<DownloadDelegate> downloadDelegate;
 
     bool isLoading() const;
     std::size_t count(const std::string& eventPrefix) const;
@@ -46,6 +48,9 @@ public:
     }
     NavigationResponsePolicy decidePolicy(const NavigationResponse& response) override;
     void navigationDidBecomeDownload(std::shared_ptr<Download> download) override {
+        if (downloadDelegate) {
+            download->setDelegate(downloadDelegate);
+        }
         downloads.push_back(std::move(download));
     }
     PermissionDecision decideMediaCapturePermission(std::string_view host,

@@ -147,6 +147,8 @@ void WebKitWebViewAdapter::timedLoadExpired() {
     webkit_web_view_stop_loading(view_.get());
     // WebKit reports the stop as a cancelled load, but only later (or never, if the web process
     // hangs): the failure is announced now and WebKit's own report then finds nothing loading.
+    // A load stopped before WebKit started it (a web process slow to launch) is dropped
+    // without a word, and the tab, which heard no start, hears nothing.
     if (wasRunning) {
         sequencer_.loadFailed();
     }
@@ -232,12 +234,10 @@ void WebKitWebViewAdapter::addUserScript(const UserScript& script) {
 void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebViewAdapter* self) {
     switch (static_cast<WebKitLoadEvent>(event)) {
     case WEBKIT_LOAD_STARTED:
+        // A navigation that replaces the timed one first fails it, which ends the time-out.
         if (self->timedLoadPending_) {
             self->timedLoadPending_ = false;
             self->timedLoadRunning_ = true;
-        } else if (self->timedLoadRunning_) {
-            // Another navigation took over: the time-out was for the one it replaced.
-            self->forgetTimedLoad();
         }
         self->sequencer_.loadStarted();
         break;
@@ -249,6 +249,7 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
     case WEBKIT_LOAD_FINISHED:
         // Also sent after every load-failed; the sequencer ignores that one.
         if (self->sequencer_.isLoading()) {
+            // Left running, the timer would stop the page's later requests (fetches, images).
             if (self->timedLoadRunning_) {
                 self->forgetTimedLoad();
             }
@@ -266,6 +267,7 @@ int WebKitWebViewAdapter::onLoadFailed(WebKitWebView*, int, char*, GError*,
     // (WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) are not errors to show
     // either, and the tab shows none.
     if (self->sequencer_.isLoading() && self->timedLoadRunning_) {
+        // Left running, the timer would stop the page's later requests (fetches, images).
         self->forgetTimedLoad();
     }
     self->sequencer_.loadFailed();
