@@ -36,7 +36,15 @@ int WebKitDownloadAdapter::onDecideDestination(WebKitDownload* download, char* s
         webkit_download_cancel(download);
         return TRUE;
     }
-    // Never replaces a file: if one appeared meanwhile, the download fails instead.
+    // Refused before WebKit sees it: told not to overwrite, WebKit fails with "File exists"
+    // and then deletes the file that was there.
+    if (g_file_test(destination->c_str(), G_FILE_TEST_EXISTS) ||
+        g_file_test(destination->c_str(), G_FILE_TEST_IS_SYMLINK)) {
+        g_autofree char* name = g_path_get_basename(destination->c_str());
+        self->failureMessage_ = std::string("A file named “") + name + "” already exists";
+        webkit_download_cancel(download);
+        return TRUE;
+    }
     webkit_download_set_allow_overwrite(download, FALSE);
     webkit_download_set_destination(download, destination->c_str());
     return TRUE;
@@ -58,7 +66,9 @@ void WebKitDownloadAdapter::onFailed(WebKitDownload*, GError* error, WebKitDownl
         return;
     }
     if (auto delegate = self->delegate_.lock()) {
-        delegate->downloadDidFail(error != nullptr ? error->message : "");
+        delegate->downloadDidFail(self->failureMessage_ ? *self->failureMessage_
+                                  : error != nullptr    ? error->message
+                                                        : "");
     }
 }
 

@@ -5,6 +5,8 @@
 #include "web/webkit/GSignalConnections.h"
 
 #include <memory>
+#include <optional>
+#include <string>
 
 typedef struct _WebKitDownload WebKitDownload;
 typedef struct _GError GError;
@@ -43,6 +45,8 @@ private:
     gulong finishedHandler_ = 0;
     // Cancelled because no destination was given: that ending is not reported.
     bool abandoned_ = false;
+    // Cancelled for a reason of ours, reported instead of WebKit's "cancelled".
+    std::optional<std::string> failureMessage_;
 };
 
 } // namespace ovel

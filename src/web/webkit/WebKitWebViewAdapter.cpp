@@ -4,6 +4,7 @@
 #include "web/webkit/WebKitDownloadAdapter.h"
 #include "web/webkit/WebKitPermissionReply.h"
 
+#include <libsoup/soup.h>
 #include <webkit/webkit.h>
 
 namespace ovel {
@@ -40,6 +41,18 @@ MediaCaptureType captureType(WebKitUserMediaPermissionRequest* request) {
         return MediaCaptureType::Microphone;
     }
     return MediaCaptureType::Other;
+}
+
+bool isAttachment(WebKitURIResponse* response) {
+    auto* headers = response != nullptr ? webkit_uri_response_get_http_headers(response) : nullptr;
+    char* disposition = nullptr;
+    if (headers == nullptr ||
+        !soup_message_headers_get_content_disposition(headers, &disposition, nullptr)) {
+        return false;
+    }
+    const bool attachment = g_ascii_strcasecmp(disposition, "attachment") == 0;
+    g_free(disposition);
+    return attachment;
 }
 
 } // namespace
@@ -329,9 +342,12 @@ int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* d
         return TRUE;
     }
     case WEBKIT_POLICY_DECISION_TYPE_RESPONSE: {
+        auto* responseDecision = WEBKIT_RESPONSE_POLICY_DECISION(decision);
         NavigationResponse response;
-        response.canShowMimeType = webkit_response_policy_decision_is_mime_type_supported(
-            WEBKIT_RESPONSE_POLICY_DECISION(decision));
+        // A file the server sends as an attachment is one to save, whatever its type.
+        response.canShowMimeType =
+            webkit_response_policy_decision_is_mime_type_supported(responseDecision) &&
+            !isAttachment(webkit_response_policy_decision_get_response(responseDecision));
         // Left to WebKit, a type it cannot show is dropped, not downloaded.
         switch (self->delegate_.decidePolicy(response)) {
         case NavigationResponsePolicy::Allow:
