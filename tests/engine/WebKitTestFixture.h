@@ -76,19 +76,21 @@ protected:
         return *pages.back();
     }
 
-    // Runs `body` as an async JavaScript function in the page (as if from a user gesture) and
-    // returns its result as text; none when it threw or did not answer in time.
-    static std::optional<std::string> runScript(WebKitWebView* view, const std::string& body) {
-        struct Result {
-            bool done = false;
-            std::optional<std::string> value;
-        };
-        auto result = std::make_shared<Result>();
+    struct ScriptResult {
+        bool done = false;
+        // None when the script threw.
+        std::optional<std::string> value;
+    };
+
+    // Starts `body` as an async JavaScript function in the page (as if from a user gesture);
+    // the result fills in when it has run.
+    static std::shared_ptr<ScriptResult> startScript(WebKitWebView* view, const std::string& body) {
+        auto result = std::make_shared<ScriptResult>();
         webkit_web_view_call_async_javascript_function(
             view, body.c_str(), -1, nullptr, nullptr, nullptr, nullptr,
             [](GObject* source, GAsyncResult* asyncResult, gpointer data) {
-                std::unique_ptr<std::shared_ptr<Result>> held(
-                    static_cast<std::shared_ptr<Result>*>(data));
+                std::unique_ptr<std::shared_ptr<ScriptResult>> held(
+                    static_cast<std::shared_ptr<ScriptResult>*>(data));
                 GError* error = nullptr;
                 JSCValue* value = webkit_web_view_call_async_javascript_function_finish(
                     WEBKIT_WEB_VIEW(source), asyncResult, &error);
@@ -101,7 +103,14 @@ protected:
                 g_clear_error(&error);
                 (*held)->done = true;
             },
-            new std::shared_ptr<Result>(result));
+            new std::shared_ptr<ScriptResult>(result));
+        return result;
+    }
+
+    // Runs a script as startScript() does and returns its result; none when it threw or did
+    // not answer in time.
+    static std::optional<std::string> runScript(WebKitWebView* view, const std::string& body) {
+        auto result = startScript(view, body);
         waitUntil([&] { return result->done; });
         return result->value;
     }
