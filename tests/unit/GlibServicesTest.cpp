@@ -1,6 +1,5 @@
 #include "app/GlibMainQueue.h"
 #include "app/GlibUuidSource.h"
-#include "app/SystemClock.h"
 
 #include <glib.h>
 #include <gtest/gtest.h>
@@ -53,18 +52,6 @@ TEST(GlibUuidSource, MakesDistinctRandomUuidsInUpperCaseCanonicalForm) {
         made.insert(uuid);
     }
     EXPECT_EQ(made.size(), 100u);
-}
-
-TEST(SystemClock, TellsTheWallClockTimeInSecondsSince2001) {
-    const auto unixNow = [] {
-        return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
-            .count();
-    };
-    const double before = unixNow();
-    const Date now = SystemClock().now();
-    const double after = unixNow();
-    EXPECT_GE(now.secondsSince2001, before - 978307200.0 - 0.001);
-    EXPECT_LE(now.secondsSince2001, after - 978307200.0 + 0.001);
 }
 
 } // namespace
