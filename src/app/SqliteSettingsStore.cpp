@@ -103,11 +103,15 @@ OpenedDatabase openDatabase(const fs::path& path) {
         sqlite3_close(db);
         return {nullptr, checked};
     }
+    // Most of the file is JSON blobs of tens of kilobytes: larger pages cut the pages (and
+    // system calls) each save writes by four. Takes effect only in a new, empty file.
+    sqlite3_exec(db, "PRAGMA page_size = 16384", nullptr, nullptr, nullptr);
     // A file system without shared memory keeps the rollback journal; the store works either way.
     sqlite3_exec(db, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
     // In WAL mode FULL syncs the log on every commit, so a returned write survives a power cut.
     sqlite3_exec(db, "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr);
-    // Blobs are rewritten whole; without a limit the log would keep its largest size for good.
+    // Keep the log near 4 MiB: checkpoint after 256 pages, and shrink it back after one.
+    sqlite3_exec(db, "PRAGMA wal_autocheckpoint = 256", nullptr, nullptr, nullptr);
     sqlite3_exec(db, "PRAGMA journal_size_limit = 4194304", nullptr, nullptr, nullptr);
 
     if (const int created = sqlite3_exec(db, createTableSql, nullptr, nullptr, nullptr);
