@@ -161,21 +161,18 @@ TEST_F(SqliteSettingsStoreTest, RowsLieInTheSettingsTableWithTheirSqlTypes) {
     }
     sqlite3* db = nullptr;
     ASSERT_EQ(sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+    // Each row as its columns' text joined by spaces.
     const auto rows = [db](const char* sql) {
         std::vector<std::string> result;
-        sqlite3_stmt* statement = nullptr;
-        EXPECT_EQ(sqlite3_prepare_v2(db, sql, -1, &statement, nullptr), SQLITE_OK) << sql;
-        while (sqlite3_step(statement) == SQLITE_ROW) {
+        const auto addRow = [](void* out, int count, char** values, char**) {
             std::string row;
-            for (int column = 0; column < sqlite3_column_count(statement); ++column) {
-                const auto* text = sqlite3_column_text(statement, column);
-                row += column ? " " : "";
-                row.append(text ? reinterpret_cast<const char*>(text) : "",
-                           sqlite3_column_bytes(statement, column));
+            for (int i = 0; i < count; ++i) {
+                row += (i ? " " : "") + std::string(values[i] ? values[i] : "NULL");
             }
-            result.push_back(row);
-        }
-        sqlite3_finalize(statement);
+            static_cast<std::vector<std::string>*>(out)->push_back(row);
+            return 0;
+        };
+        EXPECT_EQ(sqlite3_exec(db, sql, addRow, &result, nullptr), SQLITE_OK) << sql;
         return result;
     };
     EXPECT_EQ(rows("SELECT sql FROM sqlite_schema WHERE type = 'table'"),
