@@ -31,6 +31,13 @@ protected:
         return *state;
     }
 
+    // Starts on an empty store, as on a first run.
+    BrowserState& launchFresh() {
+        state.reset();
+        store = RecordingSettingsStore();
+        return launch();
+    }
+
     static FakeWebView& viewOf(BrowserTab& tab) {
         return dynamic_cast<FakeWebView&>(tab.webView());
     }
