@@ -20,8 +20,7 @@ public:
         requests.at(index).second(std::move(image));
     }
 
-    std::vector<std::pair<std::string, std::function<void(std::optional<FaviconImage>)>>>
-        requests;
+    std::vector<std::pair<std::string, std::function<void(std::optional<FaviconImage>)>>> requests;
 };
 
 } // namespace ovel::test

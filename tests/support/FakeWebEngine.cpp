@@ -41,8 +41,7 @@ void FakeWebEngine::finishCompilation(bool succeeded) {
     auto completion = std::move(pendingCompletion);
     pendingCompletion = nullptr;
     if (completion) {
-        completion(succeeded ? std::make_shared<FakeContentRuleList>(compiledIdentifier)
-                             : nullptr);
+        completion(succeeded ? std::make_shared<FakeContentRuleList>(compiledIdentifier) : nullptr);
     }
 }
 

@@ -2,7 +2,9 @@
 
 namespace ovel::test {
 
-void FakeWebView::load(const LoadRequest& request) { loadRequests.push_back(request); }
+void FakeWebView::load(const LoadRequest& request) {
+    loadRequests.push_back(request);
+}
 
 void FakeWebView::loadHTMLString(std::string_view html) {
     htmlLoads.emplace_back(html);

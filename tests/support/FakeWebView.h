@@ -36,9 +36,7 @@ public:
         attachedRuleLists.push_back(list.identifier());
     }
     void removeAllUserScripts() override { userScripts.clear(); }
-    void addUserScript(const UserScript& script) override {
-        userScripts.push_back(script.source);
-    }
+    void addUserScript(const UserScript& script) override { userScripts.push_back(script.source); }
 
     // A whole successful navigation to `url`: policy, provisional start, commit, finish.
     void simulateNavigation(const std::string& url, std::optional<std::string> pageTitle);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "state/MainQueue.h"
+
+namespace ovel {
+
+// Runs posted tasks from GLib's default main context, the one GTK runs, in the order posted.
+class GlibMainQueue : public MainQueue {
+public:
+    void post(std::function<void()> task) override;
+};
+
+} // namespace ovel

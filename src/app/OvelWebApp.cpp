@@ -1,0 +1,140 @@
+#include "app/OvelWebApp.h"
+
+#include "app/AppPaths.h"
+#include "app/BrowserWindow.h"
+#include "app/GioDesktop.h"
+#include "app/GlibMainQueue.h"
+#include "app/GlibUuidSource.h"
+#include "app/SqliteSettingsStore.h"
+#include "app/StartupProbe.h"
+#include "app/SystemClock.h"
+#include "chrome/PermissionPromptDialog.h"
+#include "state/BrowserState.h"
+#include "web/BrowserTab.h"
+#include "web/webkit/SoupFaviconFetcher.h"
+#include "web/webkit/WebKitEngine.h"
+#include "web/webkit/WebKitWebViewAdapter.h"
+
+#include <glib-unix.h>
+
+#include <csignal>
+
+namespace ovel {
+
+namespace {
+
+// What the question asks for, completing "HOST wants to …".
+std::string_view requestText(const std::variant<MediaCaptureType, SitePermissionKind>& kind) {
+    if (const auto* media = std::get_if<MediaCaptureType>(&kind)) {
+        switch (*media) {
+        case MediaCaptureType::Camera: return "use your camera";
+        case MediaCaptureType::Microphone: return "use your microphone";
+        case MediaCaptureType::CameraAndMicrophone: return "use your camera and microphone";
+        case MediaCaptureType::Other: return "capture your screen or devices";
+        }
+    }
+    switch (std::get<SitePermissionKind>(kind)) {
+    case SitePermissionKind::Location: return "know your location";
+    case SitePermissionKind::Notifications: return "show notifications";
+    }
+    return "use a device";
+}
+
+void askUser(const PermissionQuestion& question, PermissionAnswer answer) {
+    GtkRoot* root = question.webView != nullptr ? gtk_widget_get_root(question.webView) : nullptr;
+    PermissionPromptDialog::present(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr,
+                                    question.host, requestText(question.kind), std::move(answer));
+}
+
+} // namespace
+
+// Declared in the order they must be built; destroyed in reverse, so the state and its tabs
+// go before the services they use.
+struct OvelWebApp::Parts {
+    AppPaths paths = AppPaths::forCurrentUser();
+    std::unique_ptr<SqliteSettingsStore> settings = SqliteSettingsStore::open(paths.settingsFile);
+    WebKitEngine engine{WebKitEngine::Folders{paths.websiteDataFolder, paths.websiteCacheFolder,
+                                              paths.contentFiltersFolder}};
+    GlibMainQueue mainQueue;
+    SystemClock clock;
+    GlibUuidSource uuids;
+    SoupFaviconFetcher favicons;
+    GioDesktop desktop;
+    std::shared_ptr<BrowserState> state;
+    std::unique_ptr<BrowserWindow> window;
+    std::unique_ptr<StartupProbe> startupProbe;
+};
+
+OvelWebApp::OvelWebApp()
+    : application_(gtk_application_new(applicationID, G_APPLICATION_DEFAULT_FLAGS)) {
+    g_signal_connect_swapped(application_, "startup",
+                             G_CALLBACK(+[](OvelWebApp* app) { app->startup(); }), this);
+    g_signal_connect_swapped(application_, "activate",
+                             G_CALLBACK(+[](OvelWebApp* app) { app->activate(); }), this);
+    g_signal_connect_swapped(application_, "shutdown",
+                             G_CALLBACK(+[](OvelWebApp* app) { app->shutdown(); }), this);
+}
+
+OvelWebApp::~OvelWebApp() {
+    g_signal_handlers_disconnect_by_data(application_, this);
+    parts_.reset();
+    g_object_unref(application_);
+}
+
+int OvelWebApp::run(int argc, char** argv) {
+    return g_application_run(G_APPLICATION(application_), argc, argv);
+}
+
+void OvelWebApp::startup() {
+    // "app.quit" (Ctrl+Q, and the session asking over D-Bus) and SIGTERM/SIGINT end the run
+    // through the main loop, so every window and web view is torn down in order.
+    GSimpleAction* quit = g_simple_action_new("quit", nullptr);
+    g_signal_connect_swapped(quit, "activate", G_CALLBACK(g_application_quit), application_);
+    g_action_map_add_action(G_ACTION_MAP(application_), G_ACTION(quit));
+    g_object_unref(quit);
+    const char* quitAccels[] = {"<Control>q", nullptr};
+    gtk_application_set_accels_for_action(application_, "app.quit", quitAccels);
+    for (int signalNumber : {SIGTERM, SIGINT}) {
+        g_unix_signal_add(
+            signalNumber,
+            +[](gpointer application) {
+                g_application_quit(G_APPLICATION(application));
+                return G_SOURCE_CONTINUE;
+            },
+            application_);
+    }
+
+    parts_ = std::make_unique<Parts>();
+    parts_->engine.setPermissionPrompter(askUser);
+    parts_->state = BrowserState::create(
+        BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue, parts_->clock,
+                        parts_->uuids, parts_->favicons, parts_->desktop});
+}
+
+void OvelWebApp::activate() {
+    if (parts_->window) {
+        gtk_window_present(parts_->window->window());
+        return;
+    }
+    parts_->window =
+        std::make_unique<BrowserWindow>(application_, *parts_->state, [](BrowserTab& tab) {
+            return WebKitWebViewAdapter::widgetOf(tab.webView());
+        });
+    g_signal_connect_swapped(parts_->window->window(), "destroy",
+                             G_CALLBACK(+[](Parts* parts) { parts->window.reset(); }),
+                             parts_.get());
+    parts_->startupProbe = StartupProbe::fromEnvironment(*parts_->state, parts_->window->window(),
+                                                         G_APPLICATION(application_));
+    gtk_window_present(parts_->window->window());
+}
+
+void OvelWebApp::shutdown() {
+    // Everything was saved when it changed: nothing is written here.
+    if (parts_) {
+        parts_->startupProbe.reset();
+        parts_->window.reset();
+        parts_->state.reset();
+    }
+}
+
+} // namespace ovel

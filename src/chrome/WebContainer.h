@@ -1,0 +1,42 @@
+#pragma once
+
+#include <gtk/gtk.h>
+#include <sigc++/connection.h>
+
+#include <functional>
+#include <vector>
+
+namespace ovel {
+
+class BrowserState;
+class BrowserTab;
+
+// The page area: shows the selected tab's web view. The widget of a tab comes from a resolver
+// the application hands in, so this view never sees the engine. A tab's widget is only moved in
+// and out, never re-created, so a tab selected again shows its page as it was left.
+class WebContainer {
+public:
+    using WidgetResolver = std::function<GtkWidget*(BrowserTab&)>;
+
+    WebContainer(BrowserState& state, WidgetResolver resolver);
+    ~WebContainer();
+
+    WebContainer(const WebContainer&) = delete;
+    WebContainer& operator=(const WebContainer&) = delete;
+
+    GtkWidget* widget() const { return root_; }
+    // The page widget on show, or null.
+    GtkWidget* shownPage() const { return shown_; }
+
+private:
+    void showSelectedTab();
+    void show(GtkWidget* page);
+
+    BrowserState& state_;
+    WidgetResolver resolver_;
+    GtkWidget* root_;
+    GtkWidget* shown_ = nullptr;
+    std::vector<sigc::connection> connections_;
+};
+
+} // namespace ovel

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "state/Records.h"
+#include "web/WebView.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ovel {
+
+// The content-blocking rule list: one rule blocking requests to advertising and analytics
+// hosts, one blocking images on pages of advertising networks.
+extern const std::string_view adBlockRuleListJSON;
+
+extern const std::string_view locationBlockingScript;
+extern const std::string_view notificationBlockingScript;
+
+// The rule key shared by pages without a host (start page, internal pages).
+extern const std::string_view hostlessSiteKey;
+
+// The script a host's rule injects at document start, or none when it blocks nothing.
+std::optional<std::string> userScriptSource(const SitePermissionRule& rule);
+
+// The answer to a camera or microphone request of `host` (lower-cased).
+PermissionDecision mediaCaptureDecision(const SitePermissionRules& rules, std::string_view host,
+                                        MediaCaptureType type);
+
+// The answer to a location or notification request of `host` (lower-cased).
+PermissionDecision sitePermissionDecision(const SitePermissionRules& rules, std::string_view host,
+                                          SitePermissionKind kind);
+
+} // namespace ovel

@@ -1,0 +1,144 @@
+#include "web/ContentPolicies.h"
+#include "support/BrowserFixture.h"
+#include "web/StartPage.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ovel::test {
+namespace {
+
+constexpr auto ask = PermissionSetting::Ask;
+constexpr auto allow = PermissionSetting::Allow;
+constexpr auto block = PermissionSetting::Block;
+
+TEST(ContentPolicyDecisions, TheRuleListHasItsTwoRules) {
+    const auto rules = nlohmann::json::parse(adBlockRuleListJSON);
+    ASSERT_EQ(rules.size(), 2u);
+    const std::string first = rules[0]["trigger"]["url-filter"];
+    EXPECT_EQ(std::count(first.begin(), first.end(), '|'), 6) << first;
+    EXPECT_TRUE(first.ends_with("|ads\\.)"));
+    EXPECT_EQ(rules[1]["trigger"]["resource-type"], nlohmann::json::array({"image"}));
+    EXPECT_EQ(rules[1]["trigger"]["if-domain"].size(), 3u);
+    EXPECT_EQ(rules[1]["action"]["type"], "block");
+}
+
+TEST(ContentPolicyDecisions, MediaCaptureFollowsTheHostRule) {
+    const SitePermissionRules rules{{"cam.test", {allow, ask, ask, ask}},
+                                    {"blocked.test", {block, allow, ask, ask}},
+                                    {"both.test", {allow, allow, ask, ask}}};
+    struct Case {
+        const char* host;
+        MediaCaptureType type;
+        PermissionDecision expected;
+    };
+    const Case cases[] = {
+        {"cam.test", MediaCaptureType::Camera, PermissionDecision::Grant},
+        {"cam.test", MediaCaptureType::Microphone, PermissionDecision::Prompt},
+        {"cam.test", MediaCaptureType::CameraAndMicrophone, PermissionDecision::Prompt},
+        {"blocked.test", MediaCaptureType::CameraAndMicrophone, PermissionDecision::Deny},
+        {"both.test", MediaCaptureType::CameraAndMicrophone, PermissionDecision::Grant},
+        {"both.test", MediaCaptureType::Other, PermissionDecision::Prompt},
+        {"unknown.test", MediaCaptureType::Camera, PermissionDecision::Prompt},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(mediaCaptureDecision(rules, c.host, c.type), c.expected) << c.host;
+    }
+}
+
+TEST(ContentPolicyDecisions, ScriptsForBlockedLocationAndNotifications) {
+    EXPECT_FALSE(userScriptSource({ask, ask, ask, ask}));
+    EXPECT_FALSE(userScriptSource({block, block, allow, ask}));
+    EXPECT_EQ(userScriptSource({ask, ask, block, ask}), std::string(locationBlockingScript));
+    EXPECT_EQ(userScriptSource({ask, ask, block, block}),
+              std::string(locationBlockingScript) + "\n" + std::string(notificationBlockingScript));
+}
+
+using ContentPolicies = BrowserFixture;
+
+TEST_F(ContentPolicies, TheCompiledListFollowsTheSwitchAndReloadsOnlyTheSelectedTab) {
+    store.setBoolean(BrowserState::adBlockEnabledKey, true);
+    launch();
+    state->newTab();
+    EXPECT_TRUE(viewAt(0).attachedRuleLists.empty()) << "nothing until compilation finishes";
+    engine.finishCompilation(true);
+    EXPECT_TRUE(viewAt(0).attachedRuleLists.empty()) << "the result arrives on the main queue";
+    mainQueue.drain();
+    EXPECT_EQ(viewAt(0).attachedRuleLists, std::vector<std::string>{"ovel.adblock.rules"});
+    state->newTab();
+    EXPECT_EQ(viewAt(2).attachedRuleLists.size(), 1u) << "new tabs get the list";
+
+    const int reloadsBefore = viewAt(0).reloadCount;
+    state->adBlockEnabled.set(false);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(viewAt(i).attachedRuleLists.empty());
+    }
+    EXPECT_EQ(viewAt(2).reloadCount, 1) << "the selected tab reloads";
+    EXPECT_EQ(viewAt(0).reloadCount, reloadsBefore);
+}
+
+TEST_F(ContentPolicies, AFailedCompilationLeavesBlockingInactive) {
+    store.setBoolean(BrowserState::adBlockEnabledKey, true);
+    launch();
+    engine.finishCompilation(false);
+    mainQueue.drain();
+    EXPECT_FALSE(state->hasAdBlockList());
+    EXPECT_TRUE(viewAt(0).attachedRuleLists.empty());
+}
+
+TEST_F(ContentPolicies, TheCurrentHostRuleAndItsPlaceholder) {
+    launch();
+    EXPECT_EQ(state->currentHost(), "start.page");
+    state->sitePermissionRules.modify([](auto& rules) { rules["start.page"].camera = block; });
+    EXPECT_EQ(state->currentSiteRule().camera, block);
+
+    showPage(0, "https://MAPS.Example.test/route", "Maps");
+    EXPECT_EQ(state->currentHost(), "maps.example.test");
+    EXPECT_EQ(state->currentSiteRule(), SitePermissionRule{});
+    state->sitePermissionRules.modify([](auto& rules) {
+        rules["maps.example.test"] = SitePermissionRule{ask, ask, block, block};
+    });
+    showPage(0, "https://maps.example.test/again", "Maps");
+    EXPECT_EQ(viewAt(0).userScripts.size(), 1u);
+    EXPECT_EQ(state->selectedTab()->decideSitePermission("Maps.Example.Test",
+                                                         SitePermissionKind::Notifications),
+              PermissionDecision::Deny);
+
+    const int reloads = viewAt(0).reloadCount;
+    state->clearCurrentSiteRule();
+    EXPECT_EQ(state->sitePermissionRules->count("maps.example.test"), 0u);
+    EXPECT_EQ(viewAt(0).reloadCount, reloads + 1);
+    EXPECT_EQ(
+        store.data(key(BrowserState::sitePermissionsKeyBase)),
+        R"({"start.page":{"camera":"block","location":"ask","microphone":"ask","notifications":"ask"}})");
+}
+
+TEST(StartPage, EachThemeFillsTheTemplate) {
+    const std::string ocean = startPageHTML(BrowserTheme::Ocean);
+    EXPECT_NE(ocean.find("linear-gradient(135deg, #032638 0%, #0e3f57 100%)"), std::string::npos);
+    EXPECT_EQ(ocean.find("[["), std::string::npos);
+    EXPECT_NE(ocean.find("most secure web browser for Linux."), std::string::npos);
+    EXPECT_TRUE(ocean.ends_with("</html>"));
+    EXPECT_NE(startPageHTML(BrowserTheme::Citrus).find("color: #fffce9;"), std::string::npos);
+}
+
+using StartPages = BrowserFixture;
+
+TEST_F(StartPages, AThemeChangeRegeneratesOnlyTabsShowingTheStartPage) {
+    launch();
+    state->newTab();
+    state->newTab();
+    showPage(1, "https://web.test/", "Web");
+    state->selectedIndex.set(2);
+    state->openURL("OVEL://NEWTAB");
+    viewAt(2).currentUrl = "about:srcdoc"; // a URL under the page, yet it shows the start page
+    const std::size_t before[] = {viewAt(0).htmlLoads.size(), viewAt(1).htmlLoads.size(),
+                                  viewAt(2).htmlLoads.size()};
+    state->theme.set(BrowserTheme::Citrus);
+    EXPECT_EQ(viewAt(0).htmlLoads.size(), before[0] + 1) << "no URL: the start page";
+    EXPECT_EQ(viewAt(1).htmlLoads.size(), before[1]) << "a web page is left alone";
+    EXPECT_EQ(viewAt(2).htmlLoads.size(), before[2] + 1) << "addressed as ovel://newtab";
+    EXPECT_EQ(viewAt(0).htmlLoads.back(), startPageHTML(BrowserTheme::Citrus));
+}
+
+} // namespace
+} // namespace ovel::test

@@ -1,0 +1,144 @@
+#include "support/BrowserFixture.h"
+#include "web/DownloadNaming.h"
+
+#include <set>
+
+namespace ovel::test {
+namespace {
+
+class DownloadNaming : public ::testing::Test {
+protected:
+    std::string unique(std::string_view suggested) {
+        return uniqueDownloadURL("/dl", suggested, [this](std::string_view path) {
+            return taken.count(std::string(path)) > 0;
+        });
+    }
+    std::set<std::string> taken;
+};
+
+TEST_F(DownloadNaming, NumbersGoBeforeTheLastExtension) {
+    taken = {"/dl/report.pdf", "/dl/report-1.pdf", "/dl/README", "/dl/archive.tar.gz", "/dl/a.zip"};
+    EXPECT_EQ(unique("report.pdf"), "/dl/report-2.pdf");
+    EXPECT_EQ(unique("README"), "/dl/README-1");
+    EXPECT_EQ(unique("archive.tar.gz"), "/dl/archive.tar-1.gz");
+    EXPECT_EQ(unique("a.zip"), "/dl/a-1.zip");
+    taken.insert("/dl/a-1.zip");
+    EXPECT_EQ(unique("a.zip"), "/dl/a-2.zip");
+    EXPECT_EQ(unique("fresh.txt"), "/dl/fresh.txt");
+}
+
+TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
+    const std::string longName(300, 'x');
+    struct Case {
+        std::string suggested;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {"..", "/dl/download"},
+        {"a/../..", "/dl/download"},
+        {"/etc/passwd", "/dl/passwd"},
+        {"", "/dl/download"},
+        {"...", "/dl/download"},
+        {"evil\x01\nname\x7F.txt", "/dl/evilname.txt"},
+        {"..\\..\\windows.ini", "/dl/windows.ini"},
+        {longName + ".pdf", "/dl/" + std::string(maxFileNameBytes - 4, 'x') + ".pdf"},
+        {" . ", "/dl/download"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(unique(c.suggested), c.expected) << c.suggested;
+    }
+    taken = {"/dl/" + std::string(maxFileNameBytes - 4, 'x') + ".pdf"};
+    const std::string numbered = unique(longName + ".pdf");
+    EXPECT_EQ(numbered.substr(numbered.size() - 6), "-1.pdf");
+    EXPECT_EQ(numbered.size() - 4, maxFileNameBytes) << "the number fits inside the byte cap";
+    // A multi-byte character is never cut in half by the cap.
+    std::string accents;
+    for (int i = 0; i < 200; ++i) {
+        accents += "é";
+    }
+    const std::string capped = safeDownloadFileName(accents);
+    EXPECT_LE(capped.size(), maxFileNameBytes);
+    EXPECT_EQ(capped.size() % 2, 0u);
+}
+
+using DownloadsList = BrowserFixture;
+
+DownloadEvent event(const std::string& id, DownloadStatus status, double progress,
+                    std::optional<std::string> path = std::nullopt) {
+    return DownloadEvent{id, id + ".bin", "https://src.test/", std::move(path), status, progress};
+}
+
+TEST_F(DownloadsList, EventsFoldIntoTwentyFiveNewestEntries) {
+    launch();
+    auto tab = state->selectedTab();
+    for (int i = 1; i <= 26; ++i) {
+        tab->onDownloadEvent(event("D" + std::to_string(i), DownloadStatus::Started, 0.08));
+    }
+    EXPECT_TRUE(state->downloads->empty()) << "events are applied on the main queue";
+    mainQueue.drain();
+    ASSERT_EQ(state->downloads->size(), 25u);
+    EXPECT_EQ(state->downloads->front().id, "D26");
+    EXPECT_EQ(state->downloads->back().id, "D2");
+
+    tab->onDownloadEvent(event("D26", DownloadStatus::Finished, 1.0));
+    tab->onDownloadEvent(event("GONE", DownloadStatus::Failed, 0.0));
+    mainQueue.drain();
+    EXPECT_EQ(state->downloads->front().id, "GONE") << "an unknown id makes a new entry";
+    EXPECT_EQ(state->downloads.get()[1].status, DownloadStatus::Finished);
+}
+
+TEST_F(DownloadsList, ListOperationsChangeOnlyTheEntry) {
+    launch();
+    auto tab = state->selectedTab();
+    tab->onDownloadEvent(event("A", DownloadStatus::Started, 0.08, "/dl/A.bin"));
+    tab->onDownloadEvent(event("B", DownloadStatus::Started, 0.08, "/dl/B.bin"));
+    tab->onDownloadEvent(event("B", DownloadStatus::Finished, 1.0));
+    mainQueue.drain();
+    const DownloadRecord a = state->downloads.get()[1];
+    const DownloadRecord b = state->downloads.get()[0];
+    EXPECT_EQ(b.destinationPath, "/dl/B.bin") << "finishing keeps the path of the start";
+
+    state->pauseDownload(a);
+    EXPECT_EQ(state->downloads.get()[1].progress, 0.08);
+    state->pauseDownload(b);
+    EXPECT_EQ(state->downloads.get()[0].progress, 0.5);
+    EXPECT_EQ(state->downloads.get()[0].status, DownloadStatus::Paused);
+    state->resumeDownload(b);
+    EXPECT_EQ(state->downloads.get()[0].status, DownloadStatus::Started);
+    state->cancelDownload(a);
+    EXPECT_EQ(state->downloads.get()[1].status, DownloadStatus::Cancelled);
+    EXPECT_EQ(state->downloads.get()[1].progress, 0.0);
+    tab->onDownloadEvent(event("A", DownloadStatus::Finished, 1.0));
+    mainQueue.drain();
+    EXPECT_EQ(state->downloads.get()[1].status, DownloadStatus::Finished) << "the last word wins";
+
+    state->openDownload(state->downloads.get()[0]);
+    EXPECT_EQ(desktop.revealed, std::vector<std::string>{"/dl/B.bin"});
+    state->retryDownload(state->downloads.get()[0]);
+    EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/");
+}
+
+TEST_F(DownloadsList, TheTabNamesTheFileAndReportsItsProgress) {
+    launch();
+    showPage(0, "https://page.test/files", "Files");
+    desktop.existingFiles = {"/home/user/Downloads/a.zip"};
+    auto tab = state->selectedTab();
+    EXPECT_EQ(tab->decideDestination("a.zip"), "/home/user/Downloads/a-1.zip");
+    tab->downloadDidFail("Connection reset");
+    mainQueue.drain();
+    EXPECT_EQ(tab->lastDownloadMessage.get(), "Download failed: Connection reset");
+    ASSERT_EQ(state->downloads->size(), 1u);
+    const DownloadRecord record = state->downloads->front();
+    EXPECT_EQ(record.fileName, "a-1.zip");
+    EXPECT_EQ(record.sourceURL, "https://page.test/files");
+    EXPECT_EQ(record.destinationPath, "/home/user/Downloads/a-1.zip");
+    EXPECT_EQ(record.status, DownloadStatus::Failed);
+
+    desktop.downloads.reset();
+    EXPECT_FALSE(tab->decideDestination("b.zip")) << "no Downloads folder abandons the download";
+    mainQueue.drain();
+    EXPECT_EQ(state->downloads->size(), 1u);
+}
+
+} // namespace
+} // namespace ovel::test

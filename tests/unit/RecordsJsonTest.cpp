@@ -1,0 +1,109 @@
+#include "state/RecordsJson.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace ovel {
+namespace {
+
+using nlohmann::json;
+
+TEST(RecordsJson, WritesTheStoredMemberNamesAndOmitsAbsentOptionals) {
+    const json session = json::parse(encodeSession(
+        SessionStore{1, {TabStore{"https://a.test/", true}, TabStore{std::nullopt, false}}}));
+    EXPECT_EQ(session, json::parse(R"({"selectedIndex":1,"tabs":[{"url":"https://a.test/",
+              "isPinned":true},{"isPinned":false}]})"));
+
+    const json history = json::parse(encodeHistory({HistoryEntry{
+        "0A1B2C3D-0000-4000-8000-00000000000F", "T", "https://a.test/", Date{790000000.25}}}));
+    EXPECT_EQ(history[0]["visitedAt"], 790000000.25) << "dates are seconds since 2001";
+    EXPECT_EQ(history[0]["id"], "0A1B2C3D-0000-4000-8000-00000000000F");
+
+    const json rules = json::parse(encodeSitePermissions(
+        {{"maps.test", SitePermissionRule{PermissionSetting::Allow, PermissionSetting::Ask,
+                                          PermissionSetting::Block, PermissionSetting::Ask}}}));
+    EXPECT_EQ(rules, json::parse(R"({"maps.test":{"camera":"allow","microphone":"ask",
+              "location":"block","notifications":"ask"}})"));
+
+    const json snapshots = json::parse(encodeWorkspaceSnapshots(
+        {WorkspaceSnapshot{"ID", "Work", Date{5}, 9, {TabStore{std::nullopt, true}}}}));
+    EXPECT_EQ(snapshots, json::parse(R"([{"id":"ID","name":"Work","createdAt":5,
+              "selectedIndex":9,"tabs":[{"isPinned":true}]}])"));
+}
+
+TEST(RecordsJson, RoundTripsEveryBlob) {
+    const std::vector<BrowserProfile> profiles{{"P1", "Default"}, {"P2", "Work \"quoted\""}};
+    EXPECT_EQ(decodeProfiles(encodeProfiles(profiles)), profiles);
+
+    const std::vector<TabStore> closed{{"https://x.test/a?b=c#d", false}, {std::nullopt, true}};
+    EXPECT_EQ(decodeClosedTabs(encodeClosedTabs(closed)), closed);
+
+    const std::vector<BookmarkStore> bookmarks{{"Ünïcode ✓", "https://b.test/"}};
+    EXPECT_EQ(decodeBookmarks(encodeBookmarks(bookmarks)), bookmarks);
+
+    const std::vector<HistoryEntry> history{
+        {"0A1B2C3D-0000-4000-8000-00000000000F", "", "http://h.test/", Date{812345678.123456}}};
+    EXPECT_EQ(decodeHistory(encodeHistory(history)), history);
+}
+
+TEST(RecordsJson, ReadsMembersInAnyOrderAndIgnoresUnknownOnes) {
+    auto session = decodeSession(
+        R"({"extra":[1,2],"tabs":[{"isPinned":false,"zoom":2,"url":"https://a.test/"}],"selectedIndex":0})");
+    ASSERT_TRUE(session);
+    EXPECT_EQ(session->tabs.at(0).url, "https://a.test/");
+
+    auto history = decodeHistory(
+        R"([{"visitedAt":1,"url":"u","title":"t","id":"0a1b2c3d-0000-4000-8000-00000000000f"}])");
+    ASSERT_TRUE(history);
+    EXPECT_EQ(history->at(0).id, "0A1B2C3D-0000-4000-8000-00000000000F") << "ids read upper-case";
+}
+
+TEST(RecordsJson, AnyMisshapenRecordMakesTheWholeBlobUnreadable) {
+    struct Case {
+        const char* what;
+        bool readable;
+    };
+    const Case sessions[] = {
+        {R"({"selectedIndex":0,"tabs":[]})", true},
+        {R"({"selectedIndex":0,"tabs":[{"url":"https://a.test/"}]})", false}, // no isPinned
+        {R"({"tabs":[]})", false},
+        {R"({"selectedIndex":"0","tabs":[]})", false},
+        {R"({"selectedIndex":1.5,"tabs":[]})", false},
+        {R"({"selectedIndex":0,"tabs":{}})", false},
+        {R"({"selectedIndex":0,"tabs":[{"url":7,"isPinned":true}]})", false},
+        {R"({"selectedIndex":99999999999,"tabs":[]})", false},
+        {R"([])", false},
+        {"not json", false},
+        {"", false},
+        {"{\"selectedIndex\":0,\"tabs\":[]", false},
+    };
+    for (const Case& c : sessions) {
+        EXPECT_EQ(decodeSession(c.what).has_value(), c.readable) << c.what;
+    }
+
+    EXPECT_FALSE(decodeSitePermissions(R"({"a.test":{"camera":"sometimes","microphone":"ask",
+        "location":"ask","notifications":"ask"}})"))
+        << "an unknown enumeration string";
+    EXPECT_FALSE(decodeSitePermissions(R"({"a.test":{"camera":"ask"}})"));
+    EXPECT_FALSE(decodeHistory(R"([{"id":"not-a-uuid","title":"t","url":"u","visitedAt":1}])"));
+    EXPECT_FALSE(decodeHistory(R"([{"id":"0A1B2C3D-0000-4000-8000-00000000000F","title":"t",
+        "url":"u","visitedAt":"yesterday"}])"));
+    EXPECT_FALSE(decodeProfiles(R"([{"id":"P1","name":"A"},{"id":"P2"}])"));
+    EXPECT_FALSE(decodeWorkspaceSnapshots(R"([{"id":"W","name":"n","createdAt":1,"tabs":[]}])"));
+    EXPECT_FALSE(decodeBookmarks(R"({"title":"t","url":"u"})")) << "an object, not an array";
+}
+
+TEST(RecordsJson, EnumerationRawValuesAreExactAndCaseSensitive) {
+    EXPECT_EQ(browserThemeFromRaw("ocean"), BrowserTheme::Ocean);
+    EXPECT_EQ(browserThemeFromRaw("Midnight"), std::nullopt) << "labels are never raw values";
+    EXPECT_EQ(searchEngineFromRaw("duckDuckGo"), SearchEngine::DuckDuckGo);
+    EXPECT_EQ(searchEngineFromRaw("duckduckgo"), std::nullopt);
+    EXPECT_EQ(statusLabel(DownloadStatus::Started), "Downloading");
+    EXPECT_EQ(statusLabel(DownloadStatus::Cancelled), "Cancelled");
+    for (BrowserTheme theme : allThemes) {
+        EXPECT_EQ(browserThemeFromRaw(rawValue(theme)), theme);
+    }
+}
+
+} // namespace
+} // namespace ovel

@@ -1,0 +1,252 @@
+#include "app/SqliteSettingsStore.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <stdlib.h>
+
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+
+namespace ovel {
+namespace {
+
+class SqliteSettingsStoreTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string pattern = (fs::temp_directory_path() / "ovel-settings-XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        folder = pattern;
+        file = folder / "config" / "settings.sqlite3";
+    }
+    void TearDown() override { fs::remove_all(folder); }
+
+    static std::string contents(const fs::path& path) {
+        std::ifstream in(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    static void write(const fs::path& path, std::string_view bytes) {
+        std::ofstream(path, std::ios::binary).write(bytes.data(), bytes.size());
+    }
+    // Names of the files in the store's folder that a damaged store was moved to.
+    std::vector<fs::path> movedAside() const {
+        static const std::regex name(R"(settings\.sqlite3\.corrupt-\d+)");
+        std::vector<fs::path> found;
+        for (const auto& entry : fs::directory_iterator(file.parent_path())) {
+            if (std::regex_match(entry.path().filename().string(), name)) {
+                found.push_back(entry.path());
+            }
+        }
+        return found;
+    }
+
+    fs::path folder;
+    fs::path file;
+};
+
+enum class Kind { Absent, String, Bool, Data };
+struct Stored {
+    std::string key;
+    Kind kind;
+    std::string bytes; // for Bool: "1" or "0"
+};
+
+// Every reader answers only for the type that was written.
+void expectReadsBack(const SettingsStore& store, const Stored& row) {
+    SCOPED_TRACE(row.key);
+    const auto expected = [&](Kind kind) {
+        return row.kind == kind ? std::optional(row.bytes) : std::nullopt;
+    };
+    EXPECT_EQ(store.string(row.key), expected(Kind::String));
+    EXPECT_EQ(store.data(row.key), expected(Kind::Data));
+    EXPECT_EQ(store.holdsBoolean(row.key), row.kind == Kind::Bool);
+    EXPECT_EQ(store.boolean(row.key), row.kind == Kind::Bool && row.bytes == "1");
+}
+
+void store(SettingsStore& store, const Stored& row) {
+    switch (row.kind) {
+    case Kind::Absent:
+        store.remove(row.key);
+        break;
+    case Kind::String:
+        store.setString(row.key, row.bytes);
+        break;
+    case Kind::Bool:
+        store.setBoolean(row.key, row.bytes == "1");
+        break;
+    case Kind::Data:
+        store.setData(row.key, row.bytes);
+        break;
+    }
+}
+
+std::string everyByte(int repeat) {
+    std::string bytes;
+    for (int i = 0; i < repeat * 256; ++i) {
+        bytes.push_back(static_cast<char>(i % 256));
+    }
+    return bytes;
+}
+
+const std::vector<Stored> sampleRows = {
+    {"ovel.theme", Kind::String, "ocean"},
+    {"string true", Kind::String, "true"},
+    {"unicode", Kind::String, "Grüße, 東京 ✓"},
+    {"empty string", Kind::String, ""},
+    {"string with NUL", Kind::String, "a\0b"s},
+    {"ovel.smoothAnimations", Kind::Bool, "0"},
+    {"ovel.adBlockEnabled", Kind::Bool, "1"},
+    {"blob one", Kind::Data, "1"},
+    {"blob json", Kind::Data, R"({"tabs":[],"selectedIndex":0})"},
+    {"blob NULs and bad UTF-8", Kind::Data, "\0\0\xff\xfe\xc3("s},
+    {"empty blob", Kind::Data, ""},
+    {"blob of every byte", Kind::Data, everyByte(4096)},
+    {"key with NUL \0 inside"s, Kind::String, "kept"},
+};
+
+TEST_F(SqliteSettingsStoreTest, KeepsEachValueByteExactWithItsTypeAcrossReopening) {
+    {
+        auto settings = SqliteSettingsStore::open(file);
+        for (const auto& row : sampleRows) {
+            store(*settings, row);
+        }
+        for (const auto& row : sampleRows) {
+            expectReadsBack(*settings, row);
+        }
+    }
+    auto reopened = SqliteSettingsStore::open(file);
+    for (const auto& row : sampleRows) {
+        expectReadsBack(*reopened, row);
+    }
+    expectReadsBack(*reopened, {"never written", Kind::Absent, {}});
+    EXPECT_TRUE(movedAside().empty());
+}
+
+TEST_F(SqliteSettingsStoreTest, OverwritesAndRemoves) {
+    auto settings = SqliteSettingsStore::open(file);
+    settings->setString("key", "text");
+    settings->setData("key", "bytes");
+    expectReadsBack(*settings, {"key", Kind::Data, "bytes"});
+    settings->setBoolean("key", true);
+    settings->setBoolean("key", false);
+    expectReadsBack(*settings, {"key", Kind::Bool, "0"});
+    settings->setString("other", "stays");
+    settings->remove("key");
+    settings->remove("absent key");
+
+    settings = SqliteSettingsStore::open(file);
+    expectReadsBack(*settings, {"key", Kind::Absent, {}});
+    expectReadsBack(*settings, {"other", Kind::String, "stays"});
+}
+
+TEST_F(SqliteSettingsStoreTest, WritesOfOneStoreAreSeenByAnotherOnTheSameFile) {
+    auto first = SqliteSettingsStore::open(file);
+    auto second = SqliteSettingsStore::open(file);
+    first->setData("shared", "one");
+    EXPECT_EQ(second->data("shared"), "one");
+    second->setData("shared", "two");
+    EXPECT_EQ(first->data("shared"), "two");
+}
+
+TEST_F(SqliteSettingsStoreTest, RowsLieInTheSettingsTableWithTheirSqlTypes) {
+    {
+        auto settings = SqliteSettingsStore::open(file);
+        settings->setString("s", "Grüße");
+        settings->setBoolean("t", true);
+        settings->setBoolean("f", false);
+        settings->setData("d", "\x00\x01"s);
+    }
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+    // Each row as its columns' text joined by spaces.
+    const auto rows = [db](const char* sql) {
+        std::vector<std::string> result;
+        const auto addRow = [](void* out, int count, char** values, char**) {
+            std::string row;
+            for (int i = 0; i < count; ++i) {
+                row += (i ? " " : "") + std::string(values[i] ? values[i] : "NULL");
+            }
+            static_cast<std::vector<std::string>*>(out)->push_back(row);
+            return 0;
+        };
+        EXPECT_EQ(sqlite3_exec(db, sql, addRow, &result, nullptr), SQLITE_OK) << sql;
+        return result;
+    };
+    EXPECT_EQ(rows("SELECT sql FROM sqlite_schema WHERE type = 'table'"),
+              std::vector<std::string>{
+                  "CREATE TABLE settings (key TEXT PRIMARY KEY NOT NULL, type TEXT NOT NULL "
+                  "CHECK (type IN ('string','bool','data')), value BLOB NOT NULL)"});
+    EXPECT_EQ(rows("PRAGMA journal_mode"), std::vector<std::string>{"wal"});
+    EXPECT_EQ(rows("SELECT key, type, typeof(value), hex(value) FROM settings ORDER BY key"),
+              (std::vector<std::string>{"d data blob 0001", "f bool integer 30",
+                                        "s string text 4772C3BCC39F65", "t bool integer 31"}));
+    sqlite3_close(db);
+}
+
+// A real store of a few dozen pages, as bytes, to damage.
+std::string realDatabaseBytes(const fs::path& file) {
+    {
+        auto settings = SqliteSettingsStore::open(file);
+        for (int i = 0; i < 200; ++i) {
+            settings->setData("key " + std::to_string(i),
+                              std::string(1000, static_cast<char>('a' + i % 26)));
+        }
+    }
+    std::ifstream in(file, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(in), {}};
+    fs::remove(file);
+    return bytes;
+}
+
+TEST_F(SqliteSettingsStoreTest, MovesADamagedFileAsideAndStartsAFreshStore) {
+    fs::create_directories(file.parent_path());
+    const std::string database = realDatabaseBytes(file);
+    ASSERT_GT(database.size(), 100'000u);
+    const struct {
+        const char* name;
+        std::string bytes;
+    } damages[] = {
+        {"not a database", "these bytes are no database\0\xff"s + std::string(5000, 'x')},
+        {"truncated to half", database.substr(0, database.size() / 2)},
+        {"header cut short", database.substr(0, 60)},
+        {"pages overwritten", database.substr(0, 8192) + std::string(database.size() - 8192, 'z')},
+    };
+    for (const auto& damage : damages) {
+        SCOPED_TRACE(damage.name);
+        fs::remove_all(file.parent_path());
+        fs::create_directories(file.parent_path());
+        write(file, damage.bytes);
+
+        auto settings = SqliteSettingsStore::open(file);
+        EXPECT_EQ(settings->data("key 1"), std::nullopt);
+        settings->setString("after", "works");
+        settings = SqliteSettingsStore::open(file);
+        EXPECT_EQ(settings->string("after"), "works");
+
+        const auto moved = movedAside();
+        ASSERT_EQ(moved.size(), 1u);
+        EXPECT_TRUE(contents(moved.front()) == damage.bytes);
+    }
+}
+
+TEST_F(SqliteSettingsStoreTest, AnUnusableLocationKeepsSettingsInMemoryAndTouchesNothing) {
+    fs::create_directories(folder / "taken");
+    write(folder / "plain file", "mine");
+    const fs::path places[] = {folder / "plain file" / "settings.sqlite3", folder / "taken"};
+    for (const auto& place : places) {
+        SCOPED_TRACE(place);
+        auto settings = SqliteSettingsStore::open(place);
+        ASSERT_NE(settings, nullptr);
+        settings->setString("theme", "ocean");
+        EXPECT_EQ(settings->string("theme"), "ocean");
+    }
+    EXPECT_EQ(contents(folder / "plain file"), "mine");
+    EXPECT_TRUE(fs::is_directory(folder / "taken"));
+    EXPECT_TRUE(fs::is_empty(folder / "taken"));
+}
+
+} // namespace
+} // namespace ovel

@@ -1,0 +1,228 @@
+#include "state/RecordsJson.h"
+#include "support/BrowserFixture.h"
+
+#include <map>
+#include <sstream>
+
+namespace ovel::test {
+namespace {
+
+// Tabs are named by the page they show ("T1" shows https://t1.test/); the strip reads like
+// "T1p T2 [T3]": p marks a pinned tab, brackets the selected one.
+class TabOperations : public BrowserFixture {
+protected:
+    // Opens tabs T1..Tn (the first is the start tab, navigated), the last one selected.
+    void openTabs(int count) {
+        launchFresh();
+        for (int i = 1; i <= count; ++i) {
+            if (i > 1) {
+                state->newTab();
+            }
+            showPage(i - 1, url(i), "T" + std::to_string(i));
+        }
+    }
+    void pinFirst(int count) {
+        for (int i = 0; i < count; ++i) {
+            state->togglePinTab(i);
+        }
+    }
+    static std::string url(int n) { return "https://t" + std::to_string(n) + ".test/"; }
+
+    std::string strip() const {
+        std::ostringstream out;
+        for (std::size_t i = 0; i < state->tabs->size(); ++i) {
+            const BrowserTab& tab = *state->tabs.get()[i];
+            std::string name = tab.title.get();
+            if (tab.isPinned.get()) {
+                name += "p";
+            }
+            if (static_cast<int>(i) == state->selectedIndex.get()) {
+                name = "[" + name + "]";
+            }
+            out << (i ? " " : "") << name;
+        }
+        return out.str();
+    }
+    std::vector<TabStore> storedClosedTabs() {
+        return decodeClosedTabs(store.data(key(BrowserState::closedTabsKeyBase)).value_or("[]"))
+            .value_or(std::vector<TabStore>{});
+    }
+    std::size_t sessionWrites() { return store.entries("set ovel.session").size(); }
+};
+
+TEST_F(TabOperations, ClosingAroundTheSelection) {
+    openTabs(3);
+    state->closeTab(2);
+    EXPECT_EQ(strip(), "T1 [T2]") << "closing the selected last tab selects the new last";
+
+    openTabs(3);
+    state->selectedIndex.set(1);
+    state->closeTab(1);
+    EXPECT_EQ(strip(), "T1 [T3]") << "the tab sliding into the place is selected";
+
+    openTabs(3);
+    state->closeTab(0);
+    EXPECT_EQ(strip(), "T2 [T3]") << "the selected tab stays selected";
+
+    openTabs(1);
+    const auto writes = store.log.size();
+    state->closeTab(0);
+    state->closeTab(5);
+    state->closeTab(-1);
+    EXPECT_EQ(strip(), "[T1]");
+    EXPECT_TRUE(state->closedTabs().empty());
+    EXPECT_EQ(store.log.size(), writes) << "ignored input saves nothing";
+}
+
+TEST_F(TabOperations, TheClosedTabStackKeepsTwentyAndReopensTheLatest) {
+    openTabs(22);
+    state->togglePinTab(20); // T21, which moves to the front
+    for (int closed = 0; closed < 21; ++closed) {
+        state->closeTab(0);
+    }
+    EXPECT_EQ(state->closedTabs().size(), 20u);
+    EXPECT_EQ(storedClosedTabs(), state->closedTabs());
+    EXPECT_EQ(state->closedTabs().front().url, url(20));
+    EXPECT_EQ(state->closedTabs().back().url, url(1)) << "T21, closed first, was dropped";
+
+    state->reopenLastClosedTab();
+    EXPECT_EQ(viewAt(1).loadRequests.at(0).url, url(20));
+    EXPECT_EQ(state->selectedIndex.get(), 1);
+    EXPECT_EQ(state->closedTabs().size(), 19u);
+    EXPECT_EQ(storedClosedTabs().size(), 19u);
+}
+
+TEST_F(TabOperations, ReopeningKeepsThePinAndAppendsAtTheEnd) {
+    openTabs(3);
+    state->togglePinTab(1);
+    EXPECT_EQ(strip(), "T2p T1 [T3]");
+    state->closeTab(0);
+    state->reopenLastClosedTab();
+    ASSERT_EQ(state->tabs->size(), 3u);
+    EXPECT_TRUE(state->tabs.get()[2]->isPinned.get());
+    EXPECT_EQ(state->selectedIndex.get(), 2);
+
+    state->newTab();
+    state->closeTab(3);
+    state->reopenLastClosedTab();
+    EXPECT_EQ(viewAt(3).htmlLoads.size(), 2u) << "a start page reopens as a start page";
+}
+
+TEST_F(TabOperations, DuplicatesAreKeyedByAddressAndTitle) {
+    openTabs(4);
+    showPage(1, url(1), "T1");    // same page as T1
+    showPage(2, url(9), "T1");    // same title, other page
+    showPage(3, url(1), "Other"); // same page, other title
+    state->selectedIndex.set(1);
+    state->closeDuplicateTabs();
+    EXPECT_EQ(strip(), "[T1] T1 Other");
+    ASSERT_EQ(state->closedTabs().size(), 1u);
+
+    const auto writes = sessionWrites();
+    state->closeDuplicateTabs();
+    EXPECT_EQ(sessionWrites(), writes) << "nothing to close saves nothing";
+
+    launchFresh();
+    state->newTab();
+    state->closeDuplicateTabs();
+    EXPECT_EQ(state->tabs->size(), 1u) << "two start pages with one title are duplicates";
+}
+
+TEST_F(TabOperations, DuplicatingCopiesOnlyTheAddressAndThePin) {
+    openTabs(2);
+    state->selectedIndex.set(0);
+    state->togglePinTab(0);
+    state->duplicateSelectedTab();
+    EXPECT_EQ(state->selectedIndex.get(), 2);
+    EXPECT_TRUE(state->tabs.get()[2]->isPinned.get());
+    EXPECT_EQ(viewAt(2).loadRequests.at(0).url, url(1));
+}
+
+TEST_F(TabOperations, ClosingTheOthersRecordsThemRightmostFirst) {
+    openTabs(5);
+    state->closeOtherTabs(2);
+    EXPECT_EQ(strip(), "[T3]");
+    std::vector<std::optional<std::string>> closedURLs;
+    for (const TabStore& record : storedClosedTabs()) {
+        closedURLs.push_back(record.url);
+    }
+    EXPECT_EQ(closedURLs,
+              (std::vector<std::optional<std::string>>{url(5), url(4), url(2), url(1)}));
+}
+
+TEST_F(TabOperations, PinningMovesTabsBetweenSections) {
+    openTabs(3);
+    state->togglePinTab(2);
+    EXPECT_EQ(strip(), "[T3p] T1 T2");
+    state->togglePinTab(2);
+    EXPECT_EQ(strip(), "[T3p] T2p T1");
+    state->togglePinTab(0);
+    EXPECT_EQ(strip(), "T2p T1 [T3]") << "an unpinned tab goes to the very end";
+}
+
+TEST_F(TabOperations, MovesStayInsideTheirSection) {
+    struct Case {
+        const char* operation;
+        int index;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"right", 1, "T1p T2p T3 [T4]"}, {"left", 2, "T1p T2p T3 [T4]"},
+        {"right", 0, "T2p T1p T3 [T4]"}, {"right", 2, "T1p T2p [T4] T3"},
+        {"left", 3, "T1p T2p [T4] T3"},  {"left", 0, "T1p T2p T3 [T4]"},
+        {"right", 3, "T1p T2p T3 [T4]"}, {"right", 9, "T1p T2p T3 [T4]"},
+    };
+    for (const Case& c : cases) {
+        openTabs(4);
+        pinFirst(2);
+        const bool allowed = std::string(c.operation) == "left" ? state->canMoveTabLeft(c.index)
+                                                                : state->canMoveTabRight(c.index);
+        const auto writes = sessionWrites();
+        if (std::string(c.operation) == "left") {
+            state->moveTabLeft(c.index);
+        } else {
+            state->moveTabRight(c.index);
+        }
+        EXPECT_EQ(strip(), c.expected) << c.operation << " " << c.index;
+        EXPECT_EQ(sessionWrites() > writes, allowed) << c.operation << " " << c.index;
+    }
+}
+
+TEST_F(TabOperations, DragReordersAcrossSections) {
+    struct Case {
+        int dragged;
+        int target;
+        bool after;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {3, 4, true, "T1p T2p T4 T3 [T5]"},  {5, 1, false, "T1p T2p [T5] T3 T4"},
+        {1, 5, true, "T2p T1p T3 T4 [T5]"},  {3, 3, false, "T1p T2p T3 T4 [T5]"},
+        {4, 3, false, "T1p T2p T4 T3 [T5]"}, {5, 4, false, "T1p T2p T3 [T5] T4"},
+    };
+    for (const Case& c : cases) {
+        openTabs(5);
+        pinFirst(2);
+        const Uuid dragged = state->tabs.get()[c.dragged - 1]->id();
+        const Uuid target = state->tabs.get()[c.target - 1]->id();
+        state->reorderTab(dragged, target, c.after);
+        EXPECT_EQ(strip(), c.expected) << c.dragged << " onto " << c.target;
+    }
+    const auto writes = sessionWrites();
+    state->reorderTab("unknown", state->tabs.get()[0]->id(), false);
+    EXPECT_EQ(sessionWrites(), writes);
+}
+
+TEST_F(TabOperations, NewTabsGetPoliciesAndCallbacksBeforeTheyAreShown) {
+    launch();
+    state->sitePermissionRules.set(
+        {{"t2.test", SitePermissionRule{.location = PermissionSetting::Block}}});
+    state->newTab();
+    ASSERT_TRUE(state->selectedTab()->onPageUpdate);
+    showPage(1, url(2), "T2");
+    EXPECT_EQ(viewAt(1).userScripts.size(), 1u) << "the navigation re-applied the host's scripts";
+    EXPECT_EQ(state->historyEntries->size(), 1u);
+}
+
+} // namespace
+} // namespace ovel::test
