@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/AppPaths.h"
 #include "support/GtkTestEnvironment.h"
 #include "support/GtkWait.h"
 #include "support/LoopbackServer.h"
@@ -49,8 +50,10 @@ struct AdaptedPage {
 class WebKitTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        engine = std::make_unique<WebKitEngine>(
-            WebKitEngine::Folders::under(environment.dataHome(), environment.cacheHome()));
+        const auto paths = AppPaths::under(environment.configHome(), environment.dataHome(),
+                                           environment.cacheHome());
+        engine = std::make_unique<WebKitEngine>(WebKitEngine::Folders{
+            paths.websiteDataFolder, paths.websiteCacheFolder, paths.contentFiltersFolder});
         window = gtk_window_new();
         gtk_window_set_default_size(GTK_WINDOW(window), 800, 600);
         box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);

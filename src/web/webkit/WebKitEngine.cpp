@@ -32,12 +32,6 @@ void compilationDone(GObject* store, GAsyncResult* result, gpointer data) {
 
 } // namespace
 
-WebKitEngine::Folders WebKitEngine::Folders::under(const std::string& dataHome,
-                                                   const std::string& cacheHome) {
-    return {dataHome + "/ovel-web/website-data", cacheHome + "/ovel-web/website-cache",
-            cacheHome + "/ovel-web/content-filters"};
-}
-
 WebKitEngine::WebKitEngine(const Folders& folders)
     : session_(GObjectRef<WebKitNetworkSession>::adopt(
           webkit_network_session_new(folders.websiteData.c_str(), folders.websiteCache.c_str()))),

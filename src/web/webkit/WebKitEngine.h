@@ -23,9 +23,6 @@ public:
         std::string websiteCache;
         // Empty: no rule-list store, and rule lists are never compiled.
         std::string contentFilters;
-
-        // The browser's own folders under the given XDG data and cache homes.
-        static Folders under(const std::string& dataHome, const std::string& cacheHome);
     };
 
     explicit WebKitEngine(const Folders& folders);

@@ -99,6 +99,11 @@ GtkWidget* WebKitWebViewAdapter::widget() const {
     return GTK_WIDGET(view_.get());
 }
 
+GtkWidget* WebKitWebViewAdapter::widgetOf(WebView& view) {
+    auto* adapter = dynamic_cast<WebKitWebViewAdapter*>(&view);
+    return adapter != nullptr ? adapter->widget() : nullptr;
+}
+
 WebKitWebViewAdapter* WebKitWebViewAdapter::forWebKitView(WebKitWebView* view) {
     if (view == nullptr) {
         return nullptr;

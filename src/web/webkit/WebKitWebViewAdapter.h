@@ -37,6 +37,8 @@ public:
 
     GtkWidget* widget() const;
     WebKitWebView* webKitView() const { return view_.get(); }
+    // The widget to show for a tab's web view; null when the view is not one of these.
+    static GtkWidget* widgetOf(WebView& view);
 
     // The adapter showing `view`, if any.
     static WebKitWebViewAdapter* forWebKitView(WebKitWebView* view);
