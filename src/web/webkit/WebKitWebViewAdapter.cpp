@@ -174,6 +174,8 @@ void WebKitWebViewAdapter::timedLoadExpired() {
 
 // Reading the page
 
+// A load to a port WebKit refuses (1, 9, 25, …) does not fail either: WebKit commits an empty
+// about:blank in its place, which then reads as a page without address or title.
 std::optional<std::string> WebKitWebViewAdapter::url() const {
     if (committedUri_ == "about:blank") {
         return std::nullopt;
