@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TestPages.h"
 #include "app/AppPaths.h"
 #include "app/GlibMainQueue.h"
 #include "state/BrowserState.h"
@@ -27,7 +28,9 @@
 namespace ovel::test {
 
 // The browser's state and tabs on the real engine: WebKit, the GLib main queue and the libsoup
-// favicon fetcher, with fresh folders and a loopback server per test.
+// favicon fetcher, with fresh folders and a loopback server per test. The window shows the
+// selected tab. A derived fixture that wants the browser to start from stored settings writes
+// them into `settings` before calling SetUp().
 class BrowserOnWebKit : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -42,14 +45,30 @@ protected:
             BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
         window = gtk_window_new();
         gtk_window_set_default_size(GTK_WINDOW(window), 800, 600);
-        gtk_window_set_child(GTK_WINDOW(window), WebKitWebViewAdapter::widgetOf(tab().webView()));
+        showSelectedTab();
+        selectionConnection = state->changed.connect([this] { showSelectedTab(); });
         gtk_window_present(GTK_WINDOW(window));
-        // The first tab shows the start page; its load finishes before the test begins.
-        EXPECT_TRUE(waitUntil([&] { return !tab().isLoading.get(); }));
+        // The finished compilation of the rule list reloads the selected tab: both it and the
+        // first start page are done before the test begins.
+        ASSERT_TRUE(waitUntil([&] { return state->hasAdBlockList() && isIdle(tab()); }));
         watchTab();
     }
 
     void TearDown() override {
+        if (HasFailure()) {
+            std::string events;
+            for (const auto& event : engineEvents) {
+                events += "\n  " + event;
+            }
+            ADD_FAILURE() << "WebKit reported of the first tab:" << events;
+        }
+        if (watchedView != nullptr) {
+            g_signal_handlers_disconnect_by_data(watchedView, this);
+        }
+        selectionConnection.disconnect();
+        for (auto& connection : connections) {
+            connection.disconnect();
+        }
         state.reset();
         gtk_window_destroy(GTK_WINDOW(window));
         engine.reset();
@@ -57,14 +76,58 @@ protected:
 
     BrowserTab& tab() { return *state->tabs.get().at(std::size_t(state->selectedIndex.get())); }
 
-    // Logs the tab's loading flag, title and back/forward availability as they change.
+    static WebKitWebView* webKitView(BrowserTab& tab) {
+        return WEBKIT_WEB_VIEW(WebKitWebViewAdapter::widgetOf(tab.webView()));
+    }
+
+    // WebKit counts a load as under way from the call that asks for it, so a reload just asked
+    // for is never mistaken for one finished.
+    static bool isIdle(BrowserTab& tab) {
+        return !webkit_web_view_is_loading(webKitView(tab)) && !tab.isLoading.get();
+    }
+    static bool waitUntilIdle(BrowserTab& tab) {
+        return waitUntil([&] { return isIdle(tab); });
+    }
+    // A load that replaces one not yet started leaves a moment in between when nothing is
+    // loading: after a new tab's start page, wait for the address instead.
+    static bool waitUntilShowing(BrowserTab& tab, const std::string& url) {
+        return waitUntil([&] { return isIdle(tab) && tab.webView().url() == url; });
+    }
+
+    void showSelectedTab() {
+        const auto selected = state->selectedTab();
+        GtkWidget* widget =
+            selected ? WebKitWebViewAdapter::widgetOf(selected->webView()) : nullptr;
+        if (widget != gtk_window_get_child(GTK_WINDOW(window))) {
+            gtk_window_set_child(GTK_WINDOW(window), widget);
+        }
+    }
+
+    // Logs the first tab's loading flag, title and back/forward availability as they change,
+    // and WebKit's load events for the message of a failed test (failures are not among them:
+    // the adapter handles load-failed, which stops the signal).
     void watchTab() {
-        connections.push_back(tab().isLoading.changed().connect(
-            [this] { log.push_back(tab().isLoading.get() ? "loading" : "loaded"); }));
-        connections.push_back(
-            tab().title.changed().connect([this] { log.push_back("title " + tab().title.get()); }));
-        connections.push_back(tab().canGoBack.changed().connect(
-            [this] { log.push_back(tab().canGoBack.get() ? "can go back" : "cannot go back"); }));
+        BrowserTab& watched = tab();
+        connections.push_back(watched.isLoading.changed().connect(
+            [this, &watched] { log.push_back(watched.isLoading.get() ? "loading" : "loaded"); }));
+        connections.push_back(watched.title.changed().connect(
+            [this, &watched] { log.push_back("title " + watched.title.get()); }));
+        connections.push_back(watched.canGoBack.changed().connect([this, &watched] {
+            log.push_back(watched.canGoBack.get() ? "can go back" : "cannot go back");
+        }));
+        watchedView = webKitView(watched);
+        g_signal_connect(watchedView, "load-changed", G_CALLBACK(&noteLoadChanged), this);
+        g_signal_connect(watchedView, "web-process-terminated", G_CALLBACK(&noteTermination), this);
+    }
+
+    static void noteLoadChanged(WebKitWebView* view, WebKitLoadEvent event, BrowserOnWebKit* self) {
+        static const char* const names[] = {"started", "redirected", "committed", "finished"};
+        const char* uri = webkit_web_view_get_uri(view);
+        self->engineEvents.push_back(std::string(names[event]) + " " + (uri ? uri : "-"));
+    }
+    static void noteTermination(WebKitWebView*, WebKitWebProcessTerminationReason reason,
+                                BrowserOnWebKit* self) {
+        self->engineEvents.push_back("web process ended (" + std::to_string(int(reason)) + ")");
     }
 
     std::string takeLog() {
@@ -101,6 +164,9 @@ protected:
     GtkWidget* window = nullptr;
     std::vector<std::string> log;
     std::vector<sigc::connection> connections;
+    sigc::connection selectionConnection;
+    WebKitWebView* watchedView = nullptr;
+    std::vector<std::string> engineEvents;
 };
 
 } // namespace ovel::test

@@ -1,13 +1,10 @@
+#include "FindRecorder.h"
 #include "WebKitTestFixture.h"
 
 namespace ovel::test {
 namespace {
 
 using WebKitNavigation = WebKitTest;
-
-std::string titled(const std::string& title, const std::string& body = "") {
-    return "<html><head><title>" + title + "</title></head><body>" + body + "</body></html>";
-}
 
 TEST_F(WebKitNavigation, ReportsLoadsInOrderWithTitleAndHistory) {
     server.serveHtml("/a", titled("Page A"));
@@ -245,25 +242,12 @@ TEST_F(WebKitNavigation, ZoomAndFind) {
     EXPECT_EQ(page.view->pageZoom(), 1.5);
     EXPECT_EQ(webkit_web_view_get_zoom_level(page.webKitView()), 1.5);
 
-    auto* finder = webkit_web_view_get_find_controller(page.webKitView());
-    std::optional<unsigned> found;
-    bool missed = false;
-    g_signal_connect(finder, "found-text",
-                     G_CALLBACK(+[](WebKitFindController*, guint count, gpointer data) {
-                         *static_cast<std::optional<unsigned>*>(data) = count;
-                     }),
-                     &found);
-    g_signal_connect(
-        finder, "failed-to-find-text",
-        G_CALLBACK(+[](WebKitFindController*, gpointer data) { *static_cast<bool*>(data) = true; }),
-        &missed);
+    FindRecorder finds(page.webKitView());
     page.view->find("NEEDLE");
-    ASSERT_TRUE(waitUntil([&] { return found.has_value(); }));
-    EXPECT_EQ(*found, 1u);
+    ASSERT_TRUE(waitUntil([&] { return finds.results.size() == 1; }));
     page.view->find("thimble");
-    EXPECT_TRUE(waitUntil([&] { return missed; }));
-    g_signal_handlers_disconnect_by_data(finder, &found);
-    g_signal_handlers_disconnect_by_data(finder, &missed);
+    ASSERT_TRUE(waitUntil([&] { return finds.results.size() == 2; }));
+    EXPECT_EQ(finds.results, (std::vector<std::string>{"found 1", "not found"}));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TestPages.h"
 #include "app/AppPaths.h"
 #include "support/GtkTestEnvironment.h"
 #include "support/GtkWait.h"
@@ -77,45 +78,6 @@ protected:
         gtk_box_append(GTK_BOX(box), page->view->widget());
         pages.push_back(std::move(page));
         return *pages.back();
-    }
-
-    struct ScriptResult {
-        bool done = false;
-        // None when the script threw.
-        std::optional<std::string> value;
-    };
-
-    // Starts `body` as an async JavaScript function in the page (as if from a user gesture);
-    // the result fills in when it has run.
-    static std::shared_ptr<ScriptResult> startScript(WebKitWebView* view, const std::string& body) {
-        auto result = std::make_shared<ScriptResult>();
-        webkit_web_view_call_async_javascript_function(
-            view, body.c_str(), -1, nullptr, nullptr, nullptr, nullptr,
-            [](GObject* source, GAsyncResult* asyncResult, gpointer data) {
-                std::unique_ptr<std::shared_ptr<ScriptResult>> held(
-                    static_cast<std::shared_ptr<ScriptResult>*>(data));
-                GError* error = nullptr;
-                JSCValue* value = webkit_web_view_call_async_javascript_function_finish(
-                    WEBKIT_WEB_VIEW(source), asyncResult, &error);
-                if (value != nullptr) {
-                    char* text = jsc_value_to_string(value);
-                    (*held)->value = text;
-                    g_free(text);
-                    g_object_unref(value);
-                }
-                g_clear_error(&error);
-                (*held)->done = true;
-            },
-            new std::shared_ptr<ScriptResult>(result));
-        return result;
-    }
-
-    // Runs a script as startScript() does and returns its result; none when it threw or did
-    // not answer in time.
-    static std::optional<std::string> runScript(WebKitWebView* view, const std::string& body) {
-        auto result = startScript(view, body);
-        waitUntil([&] { return result->done; });
-        return result->value;
     }
 
     GtkTestEnvironment environment;

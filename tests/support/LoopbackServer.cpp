@@ -88,6 +88,10 @@ std::string LoopbackServer::url(std::string_view path) const {
     return "http://127.0.0.1:" + std::to_string(port_) + std::string(path);
 }
 
+std::string LoopbackServer::localhostUrl(std::string_view path) const {
+    return "http://localhost:" + std::to_string(port_) + std::string(path);
+}
+
 void LoopbackServer::dispatch(SoupServer*, SoupServerMessage* message, const char* path,
                               GHashTable*, void* data) {
     auto* self = static_cast<LoopbackServer*>(data);

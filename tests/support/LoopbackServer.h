@@ -46,6 +46,8 @@ public:
     int port() const { return port_; }
     // "http://127.0.0.1:<port>" followed by `path`.
     std::string url(std::string_view path) const;
+    // The same server under the name "localhost": another site, as the browser sees it.
+    std::string localhostUrl(std::string_view path) const;
 
     void serve(std::string path, Response response);
     void serveHtml(std::string path, std::string html);

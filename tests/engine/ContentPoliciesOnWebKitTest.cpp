@@ -1,0 +1,118 @@
+#include "BrowserOnWebKitFixture.h"
+
+#include "web/ContentPolicies.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ovel::test {
+namespace {
+
+LoopbackServer::Response script(std::string source) {
+    LoopbackServer::Response response;
+    response.contentType = "text/javascript";
+    response.body = std::move(source);
+    return response;
+}
+
+using ContentPoliciesOnWebKit = BrowserOnWebKit;
+
+// The browser starts with blocking switched on, as left by the user last time.
+class AdBlockingOnWebKit : public BrowserOnWebKit {
+protected:
+    void SetUp() override {
+        settings.setBoolean(BrowserState::adBlockEnabledKey, true);
+        BrowserOnWebKit::SetUp();
+    }
+};
+
+TEST_F(AdBlockingOnWebKit, AdScriptsNeverReachTheServerUntilBlockingIsOff) {
+    server.serve("/ads.js", script(""));
+    server.serve("/app.js", script(""));
+    server.serveHtml("/news", titled("News", "<script src='/ads.js'></script>"
+                                             "<script src='/app.js'></script>"));
+    state->openURL(server.url("/news"));
+    ASSERT_TRUE(waitUntilShowing(tab(), server.url("/news")));
+    EXPECT_EQ(server.requestCount("/app.js"), 1);
+    EXPECT_EQ(server.requestCount("/ads.js"), 0);
+
+    // Switching blocking off reloads the page, and the ad comes in.
+    state->adBlockEnabled.set(false);
+    ASSERT_TRUE(waitUntilIdle(tab()));
+    EXPECT_EQ(server.requestCount("/ads.js"), 1);
+}
+
+TEST_F(ContentPoliciesOnWebKit, ImageRuleBlocksImagesOnlyOnTheDomainsItNames) {
+    // The browser's own list, its image rule aimed at this server's pages: WebKit matches
+    // "if-domain" against the host of the page, here 127.0.0.1.
+    auto rules = nlohmann::json::parse(adBlockRuleListJSON);
+    rules.at(1).at("trigger")["if-domain"] = nlohmann::json::array({"127.0.0.1"});
+    std::shared_ptr<ContentRuleList> list;
+    bool compiled = false;
+    ASSERT_TRUE(engine->compileContentRuleList("test.images", rules.dump(), [&](auto result) {
+        list = std::move(result);
+        compiled = true;
+    }));
+    ASSERT_TRUE(waitUntil([&] { return compiled; }));
+    ASSERT_NE(list, nullptr);
+    tab().webView().removeAllContentRuleLists();
+    tab().webView().addContentRuleList(*list);
+
+    LoopbackServer::Response image;
+    image.contentType = "image/gif";
+    image.body = "GIF89a";
+    server.serve("/photo.gif", image);
+    server.serve("/app.js", script(""));
+    server.serveHtml("/gallery",
+                     titled("Gallery", "<img src='/photo.gif'><script src='/app.js'></script>"));
+
+    state->openURL(server.url("/gallery"));
+    ASSERT_TRUE(waitUntilShowing(tab(), server.url("/gallery")));
+    EXPECT_EQ(server.requestCount("/app.js"), 1);
+    EXPECT_EQ(server.requestCount("/photo.gif"), 0);
+
+    // The same page on another site shows its image.
+    state->openURL(server.localhostUrl("/gallery"));
+    ASSERT_TRUE(waitUntilShowing(tab(), server.localhostUrl("/gallery")));
+    EXPECT_EQ(server.requestCount("/photo.gif"), 1);
+}
+
+TEST_F(ContentPoliciesOnWebKit, BlockingSiteRuleAnswersThePageWithoutAskingTheUser) {
+    std::vector<std::string> questions;
+    engine->setPermissionPrompter([&](const PermissionQuestion& question, PermissionAnswer answer) {
+        questions.push_back(question.host);
+        answer(true);
+    });
+    // Fake camera and microphone, so capture works without devices.
+    webkit_settings_set_enable_mock_capture_devices(webkit_web_view_get_settings(webKitView(tab())),
+                                                    TRUE);
+    SitePermissionRule blocking;
+    blocking.camera = PermissionSetting::Block;
+    blocking.location = PermissionSetting::Block;
+    blocking.notifications = PermissionSetting::Block;
+    state->sitePermissionRules.set({{"127.0.0.1", blocking}});
+    server.serveHtml("/asking", titled("Asking"));
+    const std::string askForLocation =
+        "try { navigator.geolocation.getCurrentPosition(() => {}, () => {}); return 'asked'; }"
+        " catch (e) { return e.message; }";
+    const std::string askForCamera =
+        "try { const s = await navigator.mediaDevices.getUserMedia({video: true});"
+        " s.getTracks().forEach(t => t.stop()); return 'stream'; }"
+        " catch (e) { return 'error ' + e.name; }";
+
+    state->openURL(server.url("/asking"));
+    ASSERT_TRUE(waitUntilShowing(tab(), server.url("/asking")));
+    EXPECT_EQ(runScript(webKitView(tab()), askForLocation), "Location blocked");
+    EXPECT_EQ(runScript(webKitView(tab()), "return await Notification.requestPermission();"),
+              "denied");
+    EXPECT_EQ(runScript(webKitView(tab()), askForCamera), "error NotAllowedError");
+    EXPECT_TRUE(questions.empty());
+
+    // A site without a rule: the camera is the user's to allow.
+    state->openURL(server.localhostUrl("/asking"));
+    ASSERT_TRUE(waitUntilShowing(tab(), server.localhostUrl("/asking")));
+    EXPECT_EQ(runScript(webKitView(tab()), askForCamera), "stream");
+    EXPECT_EQ(questions, std::vector<std::string>{"localhost"});
+}
+
+} // namespace
+} // namespace ovel::test
