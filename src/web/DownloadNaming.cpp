@@ -43,7 +43,7 @@ SplitName splitExtension(const std::string& name) {
 std::string composeName(const SplitName& split, std::string_view suffix) {
     const std::size_t tail =
         suffix.size() + (split.extension.empty() ? 0 : split.extension.size() + 1);
-    std::string name(prefixOfBytes(split.base, maxFileNameBytes - tail));
+    std::string name(prefixOfBytes(split.base, maxDownloadFileNameBytes - tail));
     name.append(suffix);
     if (!split.extension.empty()) {
         name.push_back('.');

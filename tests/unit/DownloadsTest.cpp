@@ -41,23 +41,24 @@ TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
         {"...", "/dl/download"},
         {"evil\x01\nname\x7F.txt", "/dl/evilname.txt"},
         {"..\\..\\windows.ini", "/dl/windows.ini"},
-        {longName + ".pdf", "/dl/" + std::string(maxFileNameBytes - 4, 'x') + ".pdf"},
+        {longName + ".pdf", "/dl/" + std::string(maxDownloadFileNameBytes - 4, 'x') + ".pdf"},
         {" . ", "/dl/download"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(unique(c.suggested), c.expected) << c.suggested;
     }
-    taken = {"/dl/" + std::string(maxFileNameBytes - 4, 'x') + ".pdf"};
+    taken = {"/dl/" + std::string(maxDownloadFileNameBytes - 4, 'x') + ".pdf"};
     const std::string numbered = unique(longName + ".pdf");
     EXPECT_EQ(numbered.substr(numbered.size() - 6), "-1.pdf");
-    EXPECT_EQ(numbered.size() - 4, maxFileNameBytes) << "the number fits inside the byte cap";
+    EXPECT_EQ(numbered.size() - 4, maxDownloadFileNameBytes)
+        << "the number fits inside the byte cap";
     // A multi-byte character is never cut in half by the cap.
     std::string accents;
     for (int i = 0; i < 200; ++i) {
         accents += "é";
     }
     const std::string capped = safeDownloadFileName(accents);
-    EXPECT_LE(capped.size(), maxFileNameBytes);
+    EXPECT_LE(capped.size(), maxDownloadFileNameBytes);
     EXPECT_EQ(capped.size() % 2, 0u);
 }
 
