@@ -5,7 +5,7 @@
 #include "state/BrowserState.h"
 #include "state/MemorySettingsStore.h"
 #include "support/FakeClock.h"
-#include "support/FakeDesktop.h"
+#include "support/FolderDesktop.h"
 #include "support/GtkTestEnvironment.h"
 #include "support/GtkWait.h"
 #include "support/IconFiles.h"
@@ -26,8 +26,9 @@
 
 namespace ovel::test {
 
-// The browser's state and tabs on the real engine: WebKit, the GLib main queue and the libsoup
-// favicon fetcher, with fresh folders and a loopback server per test.
+// The browser's state and tabs on the real engine: WebKit, the GLib main queue, the libsoup
+// favicon fetcher and the real file system, with fresh folders (Downloads among them) and a
+// loopback server per test.
 class BrowserOnWebKit : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -96,7 +97,7 @@ protected:
     FakeClock clock;
     SequentialUuidSource uuids;
     SoupFaviconFetcher favicons;
-    FakeDesktop desktop;
+    FolderDesktop desktop;
     std::shared_ptr<BrowserState> state;
     GtkWidget* window = nullptr;
     std::vector<std::string> log;
