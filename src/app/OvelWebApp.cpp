@@ -97,7 +97,7 @@ void OvelWebApp::startup() {
     for (int signalNumber : {SIGTERM, SIGINT}) {
         g_unix_signal_add(
             signalNumber,
-            +[](gpointer application) {
+            +[](gpointer application) -> gboolean {
                 g_application_quit(G_APPLICATION(application));
                 return G_SOURCE_CONTINUE;
             },

@@ -24,6 +24,10 @@ ProcessBrowser::ProcessBrowser() {
     for (const std::string& folder : {home_, configHome_, root_ + "/data", root_ + "/cache"}) {
         std::filesystem::create_directories(folder);
     }
+    // Starting the private bus unsets DISPLAY in this process; the browser still needs it.
+    if (const char* display = g_getenv("DISPLAY")) {
+        display_ = display;
+    }
     bus_ = g_test_dbus_new(G_TEST_DBUS_NONE);
     g_test_dbus_up(bus_);
 }
@@ -47,6 +51,9 @@ bool ProcessBrowser::launch() {
         std::erase_if(environment, [&](const std::string& e) { return e.starts_with(name + "="); });
         environment.push_back(name + "=" + value);
     };
+    if (!display_.empty()) {
+        setVariable("DISPLAY", display_);
+    }
     setVariable("HOME", home_);
     setVariable("XDG_CONFIG_HOME", configHome_);
     setVariable("XDG_DATA_HOME", root_ + "/data");

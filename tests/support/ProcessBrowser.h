@@ -38,6 +38,7 @@ private:
     std::string root_;
     std::string home_;
     std::string configHome_;
+    std::string display_;
     GTestDBus* bus_ = nullptr;
     GPid pid_ = 0;
     bool exited_ = false;

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+
+namespace ovel {
+
+class WebViewDelegate;
+
+// Turns the engine's load events into the delegate's navigation calls, in order: a provisional
+// start, then one finish or one failure.
+//
+// WebKitGTK tells the title of a page only after the load has finished (even a plain <title>
+// in the head arrives just after), and resets it to empty when the next page commits. So a
+// finish is held back until the page has a title, for at most the title wait, and whoever reads
+// the title at the finish (the tab, and history through it) gets the real one. A page still
+// untitled when the wait ends finishes without a title; if a title comes later after all, the
+// finish is announced once more so the tab shows it.
+class LoadEventSequencer {
+public:
+    struct TitleWait {
+        std::function<void()> start;
+        std::function<void()> stop;
+    };
+
+    LoadEventSequencer(WebViewDelegate& delegate, TitleWait titleWait);
+
+    void loadStarted();
+    void loadFinished(bool hasTitle);
+    void loadFailed();
+    void titleChanged(bool hasTitle);
+    void titleWaitExpired();
+    // The web process crashed or was killed: whatever was under way has failed.
+    void processTerminated();
+
+    // Between a provisional start and its finish or failure (a finish held back for the title
+    // no longer counts).
+    bool isLoading() const { return phase_ == Phase::Loading; }
+    bool isAwaitingTitle() const { return phase_ == Phase::AwaitingTitle; }
+
+private:
+    enum class Phase { Idle, Loading, AwaitingTitle };
+
+    void finish(bool hasTitle);
+
+    WebViewDelegate& delegate_;
+    TitleWait titleWait_;
+    Phase phase_ = Phase::Idle;
+    // The last finish went out without a title and has not been announced again.
+    bool finishedUntitled_ = false;
+};
+
+} // namespace ovel

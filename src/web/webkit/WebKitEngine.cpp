@@ -1,0 +1,84 @@
+#include "web/webkit/WebKitEngine.h"
+
+#include "web/webkit/UrlFilterAlternations.h"
+#include "web/webkit/WebKitContentRuleList.h"
+#include "web/webkit/WebKitWebViewAdapter.h"
+
+#include <webkit/webkit.h>
+
+namespace ovel {
+
+namespace {
+
+struct PendingCompilation {
+    std::string identifier;
+    WebEngine::CompletionHandler completion;
+};
+
+void compilationDone(GObject* store, GAsyncResult* result, gpointer data) {
+    std::unique_ptr<PendingCompilation> pending(static_cast<PendingCompilation*>(data));
+    GError* error = nullptr;
+    auto* filter = webkit_user_content_filter_store_save_finish(
+        WEBKIT_USER_CONTENT_FILTER_STORE(store), result, &error);
+    g_clear_error(&error);
+    std::shared_ptr<ContentRuleList> list;
+    if (filter != nullptr) {
+        list = std::make_shared<WebKitContentRuleList>(pending->identifier, filter);
+    }
+    if (pending->completion) {
+        pending->completion(std::move(list));
+    }
+}
+
+} // namespace
+
+WebKitEngine::WebKitEngine(const Folders& folders)
+    : session_(GObjectRef<WebKitNetworkSession>::adopt(
+          webkit_network_session_new(folders.websiteData.c_str(), folders.websiteCache.c_str()))),
+      prompter_(std::make_shared<PermissionPrompter>()) {
+    if (!folders.contentFilters.empty()) {
+        filterStore_ = GObjectRef<WebKitUserContentFilterStore>::adopt(
+            webkit_user_content_filter_store_new(folders.contentFilters.c_str()));
+    }
+    signals_.connect(session_.get(), "download-started", G_CALLBACK(&onDownloadStarted), this);
+}
+
+WebKitEngine::~WebKitEngine() = default;
+
+std::unique_ptr<WebView> WebKitEngine::createWebView(WebViewDelegate& delegate) {
+    return std::make_unique<WebKitWebViewAdapter>(session_.get(), delegate, prompter_);
+}
+
+bool WebKitEngine::compileContentRuleList(std::string_view identifier, std::string_view json,
+                                          CompletionHandler completion) {
+    if (!filterStore_) {
+        return false;
+    }
+    const std::string source = expandUrlFilterAlternations(json);
+    auto bytes = g_bytes_new(source.data(), source.size());
+    auto* pending = new PendingCompilation{std::string(identifier), std::move(completion)};
+    // The callback runs on the main thread and needs nothing of the engine, which may be gone.
+    webkit_user_content_filter_store_save(filterStore_.get(), pending->identifier.c_str(), bytes,
+                                          nullptr, &compilationDone, pending);
+    g_bytes_unref(bytes);
+    return true;
+}
+
+void WebKitEngine::setPermissionPrompter(PermissionPrompter prompter) {
+    *prompter_ = std::move(prompter);
+}
+
+void WebKitEngine::onDownloadStarted(WebKitNetworkSession*, WebKitDownload* download,
+                                     WebKitEngine*) {
+    // Every download of the session arrives here, whether a tab's policy asked for it or WebKit
+    // started it by itself (a link with a download attribute): the tab of its web view takes it.
+    auto* adapter = WebKitWebViewAdapter::forWebKitView(webkit_download_get_web_view(download));
+    if (adapter == nullptr) {
+        // No tab to report to or to choose a place: left alone, WebKit would save it anyway.
+        webkit_download_cancel(download);
+        return;
+    }
+    adapter->adoptDownload(download);
+}
+
+} // namespace ovel

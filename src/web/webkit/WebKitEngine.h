@@ -1,0 +1,54 @@
+#pragma once
+
+#include "web/WebEngine.h"
+#include "web/webkit/GObjectRef.h"
+#include "web/webkit/GSignalConnections.h"
+#include "web/webkit/PermissionPrompter.h"
+
+#include <memory>
+#include <string>
+
+typedef struct _WebKitNetworkSession WebKitNetworkSession;
+typedef struct _WebKitUserContentFilterStore WebKitUserContentFilterStore;
+typedef struct _WebKitDownload WebKitDownload;
+
+namespace ovel {
+
+// The browser's WebKitGTK: one network session for every tab, so cookies and site data are
+// shared between tabs and kept across restarts, and one store of compiled content rule lists.
+class WebKitEngine final : public WebEngine {
+public:
+    struct Folders {
+        std::string websiteData;
+        std::string websiteCache;
+        // Empty: no rule-list store, and rule lists are never compiled.
+        std::string contentFilters;
+    };
+
+    explicit WebKitEngine(const Folders& folders);
+    ~WebKitEngine() override;
+
+    WebKitEngine(const WebKitEngine&) = delete;
+    WebKitEngine& operator=(const WebKitEngine&) = delete;
+
+    std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) override;
+    bool compileContentRuleList(std::string_view identifier, std::string_view json,
+                                CompletionHandler completion) override;
+
+    // Asks the user about the permission requests that site rules leave open. Until one is set,
+    // such requests are denied.
+    void setPermissionPrompter(PermissionPrompter prompter);
+
+    WebKitNetworkSession* networkSession() const { return session_.get(); }
+
+private:
+    static void onDownloadStarted(WebKitNetworkSession* session, WebKitDownload* download,
+                                  WebKitEngine* self);
+
+    GObjectRef<WebKitNetworkSession> session_;
+    GObjectRef<WebKitUserContentFilterStore> filterStore_;
+    std::shared_ptr<PermissionPrompter> prompter_;
+    GSignalConnections signals_;
+};
+
+} // namespace ovel

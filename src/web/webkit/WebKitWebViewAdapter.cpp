@@ -1,0 +1,440 @@
+#include "web/webkit/WebKitWebViewAdapter.h"
+
+#include "web/webkit/WebKitContentRuleList.h"
+#include "web/webkit/WebKitDownloadAdapter.h"
+#include "web/webkit/WebKitPermissionReply.h"
+
+#include <libsoup/soup.h>
+#include <webkit/webkit.h>
+
+namespace ovel {
+
+namespace {
+
+constexpr double initialZoom = 1.1;
+
+GQuark adapterQuark() {
+    static const GQuark quark = g_quark_from_static_string("ovel-web-view-adapter");
+    return quark;
+}
+
+std::optional<std::string> nonEmpty(const char* text) {
+    if (text == nullptr || *text == '\0') {
+        return std::nullopt;
+    }
+    return std::string(text);
+}
+
+MediaCaptureType captureType(WebKitUserMediaPermissionRequest* request) {
+    const bool video = webkit_user_media_permission_is_for_video_device(request);
+    const bool audio = webkit_user_media_permission_is_for_audio_device(request);
+    if (webkit_user_media_permission_is_for_display_device(request)) {
+        return MediaCaptureType::Other;
+    }
+    if (video && audio) {
+        return MediaCaptureType::CameraAndMicrophone;
+    }
+    if (video) {
+        return MediaCaptureType::Camera;
+    }
+    if (audio) {
+        return MediaCaptureType::Microphone;
+    }
+    return MediaCaptureType::Other;
+}
+
+bool isAttachment(WebKitURIResponse* response) {
+    auto* headers = response != nullptr ? webkit_uri_response_get_http_headers(response) : nullptr;
+    char* disposition = nullptr;
+    if (headers == nullptr ||
+        !soup_message_headers_get_content_disposition(headers, &disposition, nullptr)) {
+        return false;
+    }
+    const bool attachment = g_ascii_strcasecmp(disposition, "attachment") == 0;
+    g_free(disposition);
+    return attachment;
+}
+
+} // namespace
+
+WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebViewDelegate& delegate,
+                                           std::shared_ptr<const PermissionPrompter> prompter)
+    : delegate_(delegate), prompter_(std::move(prompter)),
+      sequencer_(
+          delegate,
+          {[this] { titleTimer_.start(titleWait, [this] { sequencer_.titleWaitExpired(); }); },
+           [this] { titleTimer_.cancel(); }}) {
+    auto settings = GObjectRef<WebKitSettings>::adopt(webkit_settings_new());
+    webkit_settings_set_enable_developer_extras(settings.get(), TRUE);
+    webkit_settings_set_enable_back_forward_navigation_gestures(settings.get(), TRUE);
+    auto contentManager =
+        GObjectRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
+    // A widget starts with a floating reference; retain() sinks it so this adapter owns it.
+    view_ = GObjectRef<WebKitWebView>::retain(WEBKIT_WEB_VIEW(
+        g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, "settings", settings.get(),
+                     "user-content-manager", contentManager.get(), nullptr)));
+    webkit_web_view_set_zoom_level(view_.get(), initialZoom);
+    g_object_set_qdata(G_OBJECT(view_.get()), adapterQuark(), this);
+
+    auto* view = view_.get();
+    signals_.connect(view, "load-changed", G_CALLBACK(&onLoadChanged), this);
+    signals_.connect(view, "load-failed", G_CALLBACK(&onLoadFailed), this);
+    signals_.connect(view, "notify::title", G_CALLBACK(&onTitleChanged), this);
+    signals_.connect(view, "notify::uri", G_CALLBACK(&onUriChanged), this);
+    signals_.connect(view, "notify::estimated-load-progress", G_CALLBACK(&onProgressChanged), this);
+    signals_.connect(view, "decide-policy", G_CALLBACK(&onDecidePolicy), this);
+    signals_.connect(view, "permission-request", G_CALLBACK(&onPermissionRequest), this);
+    signals_.connect(view, "web-process-terminated", G_CALLBACK(&onWebProcessTerminated), this);
+}
+
+WebKitWebViewAdapter::~WebKitWebViewAdapter() {
+    // The widget may outlive the adapter in its container: it must not call back.
+    signals_.disconnectAll();
+    titleTimer_.cancel();
+    loadTimer_.cancel();
+    g_object_set_qdata(G_OBJECT(view_.get()), adapterQuark(), nullptr);
+}
+
+GtkWidget* WebKitWebViewAdapter::widget() const {
+    return GTK_WIDGET(view_.get());
+}
+
+GtkWidget* WebKitWebViewAdapter::widgetOf(WebView& view) {
+    auto* adapter = dynamic_cast<WebKitWebViewAdapter*>(&view);
+    return adapter != nullptr ? adapter->widget() : nullptr;
+}
+
+WebKitWebViewAdapter* WebKitWebViewAdapter::forWebKitView(WebKitWebView* view) {
+    if (view == nullptr) {
+        return nullptr;
+    }
+    return static_cast<WebKitWebViewAdapter*>(g_object_get_qdata(G_OBJECT(view), adapterQuark()));
+}
+
+void WebKitWebViewAdapter::adoptDownload(WebKitDownload* download) {
+    delegate_.navigationDidBecomeDownload(WebKitDownloadAdapter::start(download));
+}
+
+// Loading
+
+void WebKitWebViewAdapter::load(const LoadRequest& request) {
+    // WebKit has no request time-out of its own: a timer from the start of the load stops it.
+    loadTimer_.start(request.timeout, [this] { timedLoadExpired(); });
+    timedLoadPending_ = true;
+    timedLoadRunning_ = false;
+    webkit_web_view_load_uri(view_.get(), request.url.c_str());
+}
+
+void WebKitWebViewAdapter::loadHTMLString(std::string_view html) {
+    forgetTimedLoad();
+    // Without a base URL WebKit shows the page as about:blank, which url() reports as none.
+    webkit_web_view_load_html(view_.get(), std::string(html).c_str(), nullptr);
+}
+
+void WebKitWebViewAdapter::goBack() {
+    forgetTimedLoad();
+    webkit_web_view_go_back(view_.get());
+}
+
+void WebKitWebViewAdapter::goForward() {
+    forgetTimedLoad();
+    webkit_web_view_go_forward(view_.get());
+}
+
+void WebKitWebViewAdapter::reload() {
+    forgetTimedLoad();
+    // Also brings a crashed page back: WebKit starts a new web process for it.
+    webkit_web_view_reload(view_.get());
+}
+
+void WebKitWebViewAdapter::stopLoading() {
+    forgetTimedLoad();
+    webkit_web_view_stop_loading(view_.get());
+}
+
+void WebKitWebViewAdapter::forgetTimedLoad() {
+    loadTimer_.cancel();
+    timedLoadPending_ = false;
+    timedLoadRunning_ = false;
+}
+
+void WebKitWebViewAdapter::timedLoadExpired() {
+    const bool wasRunning = timedLoadRunning_;
+    timedLoadPending_ = false;
+    timedLoadRunning_ = false;
+    webkit_web_view_stop_loading(view_.get());
+    // WebKit reports the stop as a cancelled load, but only later (or never, if the web process
+    // hangs): the failure is announced now and WebKit's own report then finds nothing loading.
+    // A load stopped before WebKit started it (a web process slow to launch) is dropped
+    // without a word, and the tab, which heard no start, hears nothing.
+    if (wasRunning) {
+        sequencer_.loadFailed();
+    }
+}
+
+// Reading the page
+
+// A load to a port WebKit refuses (1, 9, 25, …) does not fail either: WebKit commits an empty
+// about:blank in its place, which then reads as a page without address or title.
+std::optional<std::string> WebKitWebViewAdapter::url() const {
+    if (committedUri_ == "about:blank") {
+        return std::nullopt;
+    }
+    return committedUri_;
+}
+
+std::optional<std::string> WebKitWebViewAdapter::title() const {
+    // WebKit resets the title to empty at each commit and has no "no title": empty is none.
+    return nonEmpty(webkit_web_view_get_title(view_.get()));
+}
+
+// There are no can-go-back properties to observe; the back-forward list is current by the time
+// a navigation finishes, which is when these are read.
+bool WebKitWebViewAdapter::canGoBack() const {
+    return webkit_web_view_can_go_back(view_.get());
+}
+
+bool WebKitWebViewAdapter::canGoForward() const {
+    return webkit_web_view_can_go_forward(view_.get());
+}
+
+double WebKitWebViewAdapter::estimatedProgress() const {
+    return webkit_web_view_get_estimated_load_progress(view_.get());
+}
+
+double WebKitWebViewAdapter::pageZoom() const {
+    return webkit_web_view_get_zoom_level(view_.get());
+}
+
+void WebKitWebViewAdapter::setPageZoom(double zoom) {
+    webkit_web_view_set_zoom_level(view_.get(), zoom);
+}
+
+void WebKitWebViewAdapter::find(std::string_view text) {
+    auto* controller = webkit_web_view_get_find_controller(view_.get());
+    if (text.empty()) {
+        webkit_find_controller_search_finish(controller);
+        return;
+    }
+    webkit_find_controller_search(
+        controller, std::string(text).c_str(),
+        WEBKIT_FIND_OPTIONS_CASE_INSENSITIVE | WEBKIT_FIND_OPTIONS_WRAP_AROUND, G_MAXUINT);
+}
+
+// Page content
+
+void WebKitWebViewAdapter::removeAllContentRuleLists() {
+    webkit_user_content_manager_remove_all_filters(
+        webkit_web_view_get_user_content_manager(view_.get()));
+}
+
+void WebKitWebViewAdapter::addContentRuleList(const ContentRuleList& list) {
+    if (const auto* compiled = dynamic_cast<const WebKitContentRuleList*>(&list)) {
+        webkit_user_content_manager_add_filter(
+            webkit_web_view_get_user_content_manager(view_.get()), compiled->filter());
+    }
+}
+
+void WebKitWebViewAdapter::removeAllUserScripts() {
+    webkit_user_content_manager_remove_all_scripts(
+        webkit_web_view_get_user_content_manager(view_.get()));
+}
+
+void WebKitWebViewAdapter::addUserScript(const UserScript& script) {
+    auto* userScript =
+        webkit_user_script_new(script.source.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+                               WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, nullptr, nullptr);
+    webkit_user_content_manager_add_script(webkit_web_view_get_user_content_manager(view_.get()),
+                                           userScript);
+    webkit_user_script_unref(userScript);
+}
+
+// Engine events
+
+void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebViewAdapter* self) {
+    switch (static_cast<WebKitLoadEvent>(event)) {
+    case WEBKIT_LOAD_STARTED:
+        // A navigation that replaces the timed one first fails it, which ends the time-out.
+        if (self->timedLoadPending_) {
+            self->timedLoadPending_ = false;
+            self->timedLoadRunning_ = true;
+        }
+        self->sequencer_.loadStarted();
+        break;
+    case WEBKIT_LOAD_REDIRECTED:
+        break;
+    case WEBKIT_LOAD_COMMITTED:
+        self->noteCommittedUri();
+        break;
+    case WEBKIT_LOAD_FINISHED:
+        // Also sent after every load-failed; the sequencer ignores that one.
+        if (self->sequencer_.isLoading()) {
+            // Left running, the timer would stop the page's later requests (fetches, images).
+            if (self->timedLoadRunning_) {
+                self->forgetTimedLoad();
+            }
+            self->noteCommittedUri();
+        }
+        self->sequencer_.loadFinished(self->title().has_value());
+        break;
+    }
+}
+
+int WebKitWebViewAdapter::onLoadFailed(WebKitWebView*, int, char*, GError*,
+                                       WebKitWebViewAdapter* self) {
+    // Every failure reads the same to the tab: it stops loading and keeps the page it had.
+    // A user's stop (WEBKIT_NETWORK_ERROR_CANCELLED) and a load that became a download
+    // (WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) are not errors to show
+    // either, and the tab shows none.
+    if (self->sequencer_.isLoading() && self->timedLoadRunning_) {
+        // Left running, the timer would stop the page's later requests (fetches, images).
+        self->forgetTimedLoad();
+    }
+    self->sequencer_.loadFailed();
+    // Handled: WebKit would otherwise replace the page with its own error page.
+    return TRUE;
+}
+
+void WebKitWebViewAdapter::onTitleChanged(WebKitWebView*, GParamSpec*, WebKitWebViewAdapter* self) {
+    self->sequencer_.titleChanged(self->title().has_value());
+}
+
+void WebKitWebViewAdapter::onUriChanged(WebKitWebView* view, GParamSpec*,
+                                        WebKitWebViewAdapter* self) {
+    // While a load is under way the URI already names what is being loaded (it changes at the
+    // request, before the navigation is even decided). Outside a load it follows same-page
+    // navigations (fragments, pushState) and a stopped load's return to the page shown. After
+    // a web process crash it becomes empty, which is ignored so the page can be reloaded.
+    if (!webkit_web_view_is_loading(view)) {
+        self->noteCommittedUri();
+    }
+}
+
+void WebKitWebViewAdapter::noteCommittedUri() {
+    if (auto uri = nonEmpty(webkit_web_view_get_uri(view_.get()))) {
+        committedUri_ = std::move(uri);
+    }
+}
+
+void WebKitWebViewAdapter::onProgressChanged(WebKitWebView*, GParamSpec*,
+                                             WebKitWebViewAdapter* self) {
+    self->delegate_.estimatedProgressDidChange();
+}
+
+int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, int type,
+                                         WebKitWebViewAdapter* self) {
+    switch (static_cast<WebKitPolicyDecisionType>(type)) {
+    case WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION:
+    case WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION: {
+        auto* action = webkit_navigation_policy_decision_get_navigation_action(
+            WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+        NavigationAction navigation;
+        navigation.url =
+            nonEmpty(webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)));
+        // WebKitGTK does not say whether a link has a download attribute: when such a click
+        // is allowed, WebKit downloads it by itself and the download arrives through the
+        // network session's download-started.
+        navigation.shouldPerformDownload = false;
+        switch (self->delegate_.decidePolicy(navigation)) {
+        case NavigationActionPolicy::Cancel:
+            webkit_policy_decision_ignore(decision);
+            break;
+        case NavigationActionPolicy::Allow:
+            webkit_policy_decision_use(decision);
+            break;
+        case NavigationActionPolicy::Download:
+            webkit_policy_decision_download(decision);
+            break;
+        }
+        return TRUE;
+    }
+    case WEBKIT_POLICY_DECISION_TYPE_RESPONSE: {
+        auto* responseDecision = WEBKIT_RESPONSE_POLICY_DECISION(decision);
+        NavigationResponse response;
+        // A file the server sends as an attachment is one to save, whatever its type.
+        response.canShowMimeType =
+            webkit_response_policy_decision_is_mime_type_supported(responseDecision) &&
+            !isAttachment(webkit_response_policy_decision_get_response(responseDecision));
+        // Left to WebKit, a type it cannot show is dropped, not downloaded.
+        switch (self->delegate_.decidePolicy(response)) {
+        case NavigationResponsePolicy::Allow:
+            webkit_policy_decision_use(decision);
+            break;
+        case NavigationResponsePolicy::Download:
+            webkit_policy_decision_download(decision);
+            break;
+        }
+        return TRUE;
+    }
+    }
+    return FALSE;
+}
+
+std::string WebKitWebViewAdapter::currentHost() const {
+    if (!committedUri_) {
+        return {};
+    }
+    g_autoptr(GUri) uri = g_uri_parse(committedUri_->c_str(), G_URI_FLAGS_NONE, nullptr);
+    const char* host = uri != nullptr ? g_uri_get_host(uri) : nullptr;
+    if (host == nullptr) {
+        return {};
+    }
+    g_autofree char* lower = g_ascii_strdown(host, -1);
+    return lower;
+}
+
+int WebKitWebViewAdapter::onPermissionRequest(WebKitWebView*, WebKitPermissionRequest* request,
+                                              WebKitWebViewAdapter* self) {
+    // Requests carry no origin: the page shown is the one asking.
+    PermissionQuestion question{self->currentHost(), MediaCaptureType::Other, self->widget()};
+    PermissionDecision decision;
+    if (WEBKIT_IS_USER_MEDIA_PERMISSION_REQUEST(request)) {
+        const auto type = captureType(WEBKIT_USER_MEDIA_PERMISSION_REQUEST(request));
+        question.kind = type;
+        decision = self->delegate_.decideMediaCapturePermission(question.host, type);
+    } else if (WEBKIT_IS_GEOLOCATION_PERMISSION_REQUEST(request)) {
+        question.kind = SitePermissionKind::Location;
+        decision =
+            self->delegate_.decideSitePermission(question.host, SitePermissionKind::Location);
+    } else if (WEBKIT_IS_NOTIFICATION_PERMISSION_REQUEST(request)) {
+        // WebKit only asks when the page requests it from a user gesture; without one the
+        // page is denied before anything reaches us.
+        question.kind = SitePermissionKind::Notifications;
+        decision =
+            self->delegate_.decideSitePermission(question.host, SitePermissionKind::Notifications);
+    } else {
+        // Kinds the browser does not offer: WebKit denies a request left unhandled.
+        return FALSE;
+    }
+    switch (decision) {
+    case PermissionDecision::Grant:
+        webkit_permission_request_allow(request);
+        break;
+    case PermissionDecision::Deny:
+        webkit_permission_request_deny(request);
+        break;
+    case PermissionDecision::Prompt:
+        self->askUser(request, std::move(question));
+        break;
+    }
+    return TRUE;
+}
+
+void WebKitWebViewAdapter::askUser(WebKitPermissionRequest* request, PermissionQuestion question) {
+    auto reply = std::make_shared<WebKitPermissionReply>(request);
+    if (!prompter_ || !*prompter_) {
+        reply->answer(false);
+        return;
+    }
+    // The answer holds the request, not this adapter, so it may come after the tab is gone.
+    (*prompter_)(question, [reply](bool allow) { reply->answer(allow); });
+}
+
+void WebKitWebViewAdapter::onWebProcessTerminated(WebKitWebView*, int, WebKitWebViewAdapter* self) {
+    // A crash, a kill or too much memory: the page is gone without a load event. What was
+    // loading has failed; the tab keeps its title and address and can reload.
+    self->forgetTimedLoad();
+    self->sequencer_.processTerminated();
+}
+
+} // namespace ovel

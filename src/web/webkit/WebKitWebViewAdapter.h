@@ -1,0 +1,104 @@
+#pragma once
+
+#include "web/WebView.h"
+#include "web/webkit/GLibTimer.h"
+#include "web/webkit/GObjectRef.h"
+#include "web/webkit/GSignalConnections.h"
+#include "web/webkit/LoadEventSequencer.h"
+#include "web/webkit/PermissionPrompter.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+typedef struct _WebKitWebView WebKitWebView;
+typedef struct _WebKitNetworkSession WebKitNetworkSession;
+typedef struct _WebKitDownload WebKitDownload;
+typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
+typedef struct _WebKitPermissionRequest WebKitPermissionRequest;
+
+namespace ovel {
+
+// A tab's page in WebKitGTK: one WebKitWebView with its own settings and user content manager,
+// reporting to the tab through the WebViewDelegate. The window shows widget().
+class WebKitWebViewAdapter final : public WebView {
+public:
+    // How long a finished page may take to tell its title before it finishes untitled.
+    static constexpr std::chrono::milliseconds titleWait{1000};
+
+    // `prompter` is read at each question, so it may be set after the view is made.
+    WebKitWebViewAdapter(WebKitNetworkSession* session, WebViewDelegate& delegate,
+                         std::shared_ptr<const PermissionPrompter> prompter);
+    ~WebKitWebViewAdapter() override;
+
+    WebKitWebViewAdapter(const WebKitWebViewAdapter&) = delete;
+    WebKitWebViewAdapter& operator=(const WebKitWebViewAdapter&) = delete;
+
+    GtkWidget* widget() const;
+    WebKitWebView* webKitView() const { return view_.get(); }
+    // The widget to show for a tab's web view; null when the view is not one of these.
+    static GtkWidget* widgetOf(WebView& view);
+
+    // The adapter showing `view`, if any.
+    static WebKitWebViewAdapter* forWebKitView(WebKitWebView* view);
+    // Takes over a download this view started and hands it to the delegate.
+    void adoptDownload(WebKitDownload* download);
+
+    // WebView
+    void load(const LoadRequest& request) override;
+    void loadHTMLString(std::string_view html) override;
+    void goBack() override;
+    void goForward() override;
+    void reload() override;
+    void stopLoading() override;
+    std::optional<std::string> url() const override;
+    std::optional<std::string> title() const override;
+    bool canGoBack() const override;
+    bool canGoForward() const override;
+    double estimatedProgress() const override;
+    double pageZoom() const override;
+    void setPageZoom(double zoom) override;
+    void find(std::string_view text) override;
+    void removeAllContentRuleLists() override;
+    void addContentRuleList(const ContentRuleList& list) override;
+    void removeAllUserScripts() override;
+    void addUserScript(const UserScript& script) override;
+
+private:
+    static void onLoadChanged(WebKitWebView* view, int event, WebKitWebViewAdapter* self);
+    static int onLoadFailed(WebKitWebView* view, int event, char* uri, GError* error,
+                            WebKitWebViewAdapter* self);
+    static void onTitleChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
+    static void onUriChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
+    static void onProgressChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
+    static int onDecidePolicy(WebKitWebView* view, WebKitPolicyDecision* decision, int type,
+                              WebKitWebViewAdapter* self);
+    static int onPermissionRequest(WebKitWebView* view, WebKitPermissionRequest* request,
+                                   WebKitWebViewAdapter* self);
+    static void onWebProcessTerminated(WebKitWebView* view, int reason, WebKitWebViewAdapter* self);
+
+    void noteCommittedUri();
+    // The lower-cased host of the page shown; empty when it has none.
+    std::string currentHost() const;
+    void askUser(WebKitPermissionRequest* request, PermissionQuestion question);
+    // Drops the time-out of the last load(), which no longer concerns what is loading.
+    void forgetTimedLoad();
+    void timedLoadExpired();
+
+    GObjectRef<WebKitWebView> view_;
+    WebViewDelegate& delegate_;
+    std::shared_ptr<const PermissionPrompter> prompter_;
+    GSignalConnections signals_;
+    GLibTimer titleTimer_;
+    GLibTimer loadTimer_;
+    LoadEventSequencer sequencer_;
+    // get_uri already shows a navigation that has not committed; this is the page shown.
+    std::optional<std::string> committedUri_;
+    // The load() with a time-out has been asked for but WebKit has not started it yet.
+    bool timedLoadPending_ = false;
+    // The load() with a time-out is the navigation under way.
+    bool timedLoadRunning_ = false;
+};
+
+} // namespace ovel

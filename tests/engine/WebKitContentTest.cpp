@@ -1,0 +1,98 @@
+#include "WebKitTestFixture.h"
+
+namespace ovel::test {
+namespace {
+
+using WebKitContent = WebKitTest;
+
+// Shaped like the browser's own list: one alternation of hosts and a path, then an image rule.
+constexpr const char* ruleList = R"json([
+    {"trigger": {"url-filter": "(tracker\\.invalid|127\\.0\\.0\\.1:[0-9]+/pixel/tr|ads\\.)"},
+     "action": {"type": "block"}},
+    {"trigger": {"url-filter": ".*", "resource-type": ["image"],
+                 "if-domain": ["ads.invalid", "banners.invalid", "popups.invalid"]},
+     "action": {"type": "block"}}
+])json";
+
+std::shared_ptr<ContentRuleList> compile(WebKitEngine& engine, const std::string& json) {
+    bool done = false;
+    std::shared_ptr<ContentRuleList> compiled;
+    const bool started = engine.compileContentRuleList("test.rules", json, [&](auto list) {
+        compiled = std::move(list);
+        done = true;
+    });
+    EXPECT_TRUE(started);
+    EXPECT_TRUE(waitUntil([&] { return done; }));
+    return compiled;
+}
+
+TEST_F(WebKitContent, RuleListWithAlternationBlocksWhatItNames) {
+    const auto list = compile(*engine, ruleList);
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(list->identifier(), "test.rules");
+
+    LoopbackServer::Response image;
+    image.contentType = "image/gif";
+    image.body = "GIF89a";
+    for (const char* path : {"/ads.gif", "/pixel/tr", "/ok.gif"}) {
+        server.serve(path, image);
+    }
+    server.serveHtml("/page", "<html><head><title>Images</title></head><body>"
+                              "<img src='/ads.gif'><img src='/pixel/tr'><img src='/ok.gif'>"
+                              "</body></html>");
+    auto& page = openPage();
+    page.view->addContentRuleList(*list);
+    page.view->load({server.url("/page")});
+    ASSERT_TRUE(page.waitForOutcomes(1)) << page.events();
+    ASSERT_TRUE(waitUntil([&] { return server.requestCount("/ok.gif") == 1; }));
+    EXPECT_EQ(server.requestCount("/ads.gif"), 0);
+    EXPECT_EQ(server.requestCount("/pixel/tr"), 0);
+
+    page.view->removeAllContentRuleLists();
+    page.view->reload();
+    ASSERT_TRUE(page.waitForOutcomes(2)) << page.events();
+    EXPECT_TRUE(waitUntil([&] {
+        return server.requestCount("/ads.gif") == 1 && server.requestCount("/pixel/tr") == 1;
+    }));
+}
+
+TEST_F(WebKitContent, RuleListWebKitCannotCompileGivesNone) {
+    EXPECT_EQ(compile(*engine, R"([{"trigger": {"url-filter": "(a|b)+"},
+                                    "action": {"type": "block"}}])"),
+              nullptr);
+    EXPECT_EQ(compile(*engine, "not json"), nullptr);
+
+    WebKitEngine storeless(
+        {environment.dataHome() + "/other", environment.cacheHome() + "/other", ""});
+    bool called = false;
+    EXPECT_FALSE(storeless.compileContentRuleList("x", ruleList, [&](auto) { called = true; }));
+    runMainLoopFor(100ms);
+    EXPECT_FALSE(called);
+}
+
+TEST_F(WebKitContent, UserScriptsRunAtDocumentStartInTheMainFrame) {
+    server.serveHtml("/frame", "<html><body>frame</body></html>");
+    server.serveHtml("/page", "<html><head><title>Page</title><script>"
+                              "window.seenAtStart = document.documentElement.dataset.injected;"
+                              "</script></head><body><iframe id=f src='/frame'></iframe>"
+                              "</body></html>");
+    auto& page = openPage();
+    page.view->addUserScript({"document.documentElement.dataset.injected = 'yes';"});
+    page.view->load({server.url("/page")});
+    ASSERT_TRUE(page.waitForOutcomes(1)) << page.events();
+    ASSERT_TRUE(waitUntil([&] { return server.requestCount("/frame") == 1; }));
+    EXPECT_EQ(runScript(page.webKitView(), "return String(window.seenAtStart);"), "yes");
+    EXPECT_EQ(runScript(page.webKitView(),
+                        "await new Promise(r => f.contentWindow.document.readyState == "
+                        "'complete' ? r() : f.onload = r);"
+                        "return String(f.contentDocument.documentElement.dataset.injected);"),
+              "undefined");
+
+    page.view->removeAllUserScripts();
+    page.view->reload();
+    ASSERT_TRUE(page.waitForOutcomes(2)) << page.events();
+    EXPECT_EQ(runScript(page.webKitView(), "return String(window.seenAtStart);"), "undefined");
+}
+
+} // namespace
+} // namespace ovel::test

@@ -1,0 +1,137 @@
+#include "WebKitTestFixture.h"
+
+#include <variant>
+
+namespace ovel::test {
+namespace {
+
+constexpr const char* notificationScript = "return await Notification.requestPermission();";
+constexpr const char* locationScript = R"(
+    return await new Promise(resolve => navigator.geolocation.getCurrentPosition(
+        () => resolve('position'), e => resolve('error ' + e.code), {timeout: 5000}));)";
+
+std::string mediaScript(const std::string& constraints) {
+    return "try { const s = await navigator.mediaDevices.getUserMedia(" + constraints +
+           "); s.getTracks().forEach(t => t.stop()); return 'stream'; }"
+           " catch (e) { return 'error ' + e.name; }";
+}
+
+// Each case asks from a page of its own origin (a server of its own), since WebKit remembers
+// some answers per origin.
+class WebKitPermission : public WebKitTest {
+protected:
+    AdaptedPage& openPageOnNewOrigin() {
+        servers.push_back(std::make_unique<LoopbackServer>());
+        servers.back()->serveHtml("/", "<html><head><title>Asking</title></head></html>");
+        auto& page = openPage();
+        // Fake camera and microphone, so capture works without devices.
+        webkit_settings_set_enable_mock_capture_devices(
+            webkit_web_view_get_settings(page.webKitView()), TRUE);
+        page.view->load({servers.back()->url("/")});
+        EXPECT_TRUE(page.waitForOutcomes(1)) << page.events();
+        return page;
+    }
+
+    std::vector<std::unique_ptr<LoopbackServer>> servers;
+    std::vector<PermissionQuestion> questions;
+};
+
+TEST_F(WebKitPermission, SiteDecisionAnswersNotificationRequests) {
+    const std::pair<PermissionDecision, const char*> cases[] = {
+        {PermissionDecision::Grant, "granted"},
+        {PermissionDecision::Deny, "denied"},
+        // No one to ask: denied.
+        {PermissionDecision::Prompt, "denied"},
+    };
+    for (const auto& [decision, expected] : cases) {
+        auto& page = openPageOnNewOrigin();
+        page.delegate.siteDecision = decision;
+        EXPECT_EQ(runScript(page.webKitView(), notificationScript), expected);
+        ASSERT_EQ(page.delegate.siteRequests.size(), 1u) << expected;
+        EXPECT_EQ(page.delegate.siteRequests[0].first, "127.0.0.1");
+        EXPECT_EQ(page.delegate.siteRequests[0].second, SitePermissionKind::Notifications);
+    }
+}
+
+TEST_F(WebKitPermission, SiteDecisionAnswersLocationRequests) {
+    auto& denied = openPageOnNewOrigin();
+    denied.delegate.siteDecision = PermissionDecision::Deny;
+    EXPECT_EQ(runScript(denied.webKitView(), locationScript), "error 1"); // PERMISSION_DENIED
+    ASSERT_EQ(denied.delegate.siteRequests.size(), 1u);
+    EXPECT_EQ(denied.delegate.siteRequests[0].second, SitePermissionKind::Location);
+
+    // Allowed, the page gets past the permission (there is no location service here).
+    auto& granted = openPageOnNewOrigin();
+    granted.delegate.siteDecision = PermissionDecision::Grant;
+    EXPECT_NE(runScript(granted.webKitView(), locationScript), "error 1");
+    ASSERT_EQ(granted.delegate.siteRequests.size(), 1u);
+}
+
+TEST_F(WebKitPermission, MediaDecisionAnswersCaptureRequestsByType) {
+    struct Case {
+        const char* constraints;
+        PermissionDecision decision;
+        MediaCaptureType type;
+        const char* result;
+    };
+    const Case cases[] = {
+        {"{video: true}", PermissionDecision::Grant, MediaCaptureType::Camera, "stream"},
+        {"{audio: true}", PermissionDecision::Grant, MediaCaptureType::Microphone, "stream"},
+        {"{audio: true, video: true}", PermissionDecision::Deny,
+         MediaCaptureType::CameraAndMicrophone, "error NotAllowedError"},
+        {"{video: true}", PermissionDecision::Prompt, MediaCaptureType::Camera,
+         "error NotAllowedError"},
+    };
+    for (const auto& c : cases) {
+        auto& page = openPageOnNewOrigin();
+        page.delegate.mediaDecision = c.decision;
+        EXPECT_EQ(runScript(page.webKitView(), mediaScript(c.constraints)), c.result)
+            << c.constraints;
+        ASSERT_EQ(page.delegate.mediaRequests.size(), 1u) << c.constraints;
+        EXPECT_EQ(page.delegate.mediaRequests[0].first, "127.0.0.1");
+        EXPECT_EQ(page.delegate.mediaRequests[0].second, c.type) << c.constraints;
+        EXPECT_TRUE(page.delegate.siteRequests.empty());
+    }
+}
+
+TEST_F(WebKitPermission, PromptIsPutToTheUserAndAnsweredOnce) {
+    // The user answers later, from the main loop, as a dialog would; a second answer is
+    // ignored.
+    std::vector<PermissionAnswer> pending;
+    engine->setPermissionPrompter([&](const PermissionQuestion& question, PermissionAnswer answer) {
+        questions.push_back(question);
+        pending.push_back(std::move(answer));
+    });
+    auto& page = openPageOnNewOrigin();
+    page.delegate.siteDecision = PermissionDecision::Prompt;
+    page.delegate.mediaDecision = PermissionDecision::Prompt;
+
+    std::shared_ptr<ScriptResult> result;
+    auto ask = [&](const std::string& script) { result = startScript(page.webKitView(), script); };
+    ask(notificationScript);
+    ASSERT_TRUE(waitUntil([&] { return pending.size() == 1; }));
+    EXPECT_EQ(questions[0].host, "127.0.0.1");
+    EXPECT_EQ(std::get<SitePermissionKind>(questions[0].kind), SitePermissionKind::Notifications);
+    EXPECT_EQ(questions[0].webView, page.view->widget());
+    pending[0](true);
+    pending[0](false);
+    ASSERT_TRUE(waitUntil([&] { return result->done; }));
+    EXPECT_EQ(result->value, "granted");
+
+    ask(mediaScript("{video: true}"));
+    ASSERT_TRUE(waitUntil([&] { return pending.size() == 2; }));
+    EXPECT_EQ(std::get<MediaCaptureType>(questions[1].kind), MediaCaptureType::Camera);
+    pending[1](false);
+    ASSERT_TRUE(waitUntil([&] { return result->done; }));
+    EXPECT_EQ(result->value, "error NotAllowedError");
+
+    // A question dropped without an answer denies.
+    ask(mediaScript("{audio: true}"));
+    ASSERT_TRUE(waitUntil([&] { return pending.size() == 3; }));
+    pending.pop_back();
+    ASSERT_TRUE(waitUntil([&] { return result->done; }));
+    EXPECT_EQ(result->value, "error NotAllowedError");
+}
+
+} // namespace
+} // namespace ovel::test

@@ -1,0 +1,129 @@
+#pragma once
+
+#include "app/AppPaths.h"
+#include "support/GtkTestEnvironment.h"
+#include "support/GtkWait.h"
+#include "support/LoopbackServer.h"
+#include "support/RecordingDownloadDelegate.h"
+#include "support/RecordingWebViewDelegate.h"
+#include "web/webkit/WebKitEngine.h"
+#include "web/webkit/WebKitWebViewAdapter.h"
+
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+#include <webkit/webkit.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace ovel::test {
+
+// A page under test: a real WebKitWebView through the adapter, reporting to a recording
+// delegate. The delegate is made first and goes last, as the tab outlives its view.
+struct AdaptedPage {
+    RecordingWebViewDelegate delegate;
+    std::unique_ptr<WebKitWebViewAdapter> view;
+
+    WebKitWebView* webKitView() const { return view->webKitView(); }
+    std::string events() const {
+        std::string text;
+        for (const auto& event : delegate.events) {
+            text += (text.empty() ? "" : " | ") + event;
+        }
+        return text;
+    }
+    // Waits until the delegate heard `outcomes` finishes and failures in all and nothing is
+    // loading.
+    bool waitForOutcomes(std::size_t outcomes, std::chrono::milliseconds timeout = 15s) const {
+        return waitUntil(
+            [&] {
+                return delegate.count("finish") + delegate.count("fail") >= outcomes &&
+                       !delegate.isLoading();
+            },
+            timeout);
+    }
+};
+
+// Each test gets fresh XDG folders, its own loopback server and a fresh engine whose folders
+// live in them, and a window to show its pages in.
+class WebKitTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const auto paths = AppPaths::under(environment.configHome(), environment.dataHome(),
+                                           environment.cacheHome());
+        engine = std::make_unique<WebKitEngine>(WebKitEngine::Folders{
+            paths.websiteDataFolder, paths.websiteCacheFolder, paths.contentFiltersFolder});
+        window = gtk_window_new();
+        gtk_window_set_default_size(GTK_WINDOW(window), 800, 600);
+        box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
+        gtk_window_set_child(GTK_WINDOW(window), box);
+        gtk_window_present(GTK_WINDOW(window));
+    }
+
+    void TearDown() override {
+        pages.clear();
+        gtk_window_destroy(GTK_WINDOW(window));
+        engine.reset();
+    }
+
+    // A new page shown in the window; the fixture keeps it until the test ends.
+    AdaptedPage& openPage() {
+        auto page = std::make_unique<AdaptedPage>();
+        auto view = engine->createWebView(page->delegate);
+        page->view.reset(static_cast<WebKitWebViewAdapter*>(view.release()));
+        page->delegate.view = page->view.get();
+        gtk_widget_set_vexpand(page->view->widget(), TRUE);
+        gtk_box_append(GTK_BOX(box), page->view->widget());
+        pages.push_back(std::move(page));
+        return *pages.back();
+    }
+
+    struct ScriptResult {
+        bool done = false;
+        // None when the script threw.
+        std::optional<std::string> value;
+    };
+
+    // Starts `body` as an async JavaScript function in the page (as if from a user gesture);
+    // the result fills in when it has run.
+    static std::shared_ptr<ScriptResult> startScript(WebKitWebView* view, const std::string& body) {
+        auto result = std::make_shared<ScriptResult>();
+        webkit_web_view_call_async_javascript_function(
+            view, body.c_str(), -1, nullptr, nullptr, nullptr, nullptr,
+            [](GObject* source, GAsyncResult* asyncResult, gpointer data) {
+                std::unique_ptr<std::shared_ptr<ScriptResult>> held(
+                    static_cast<std::shared_ptr<ScriptResult>*>(data));
+                GError* error = nullptr;
+                JSCValue* value = webkit_web_view_call_async_javascript_function_finish(
+                    WEBKIT_WEB_VIEW(source), asyncResult, &error);
+                if (value != nullptr) {
+                    char* text = jsc_value_to_string(value);
+                    (*held)->value = text;
+                    g_free(text);
+                    g_object_unref(value);
+                }
+                g_clear_error(&error);
+                (*held)->done = true;
+            },
+            new std::shared_ptr<ScriptResult>(result));
+        return result;
+    }
+
+    // Runs a script as startScript() does and returns its result; none when it threw or did
+    // not answer in time.
+    static std::optional<std::string> runScript(WebKitWebView* view, const std::string& body) {
+        auto result = startScript(view, body);
+        waitUntil([&] { return result->done; });
+        return result->value;
+    }
+
+    GtkTestEnvironment environment;
+    LoopbackServer server;
+    std::unique_ptr<WebKitEngine> engine;
+    GtkWidget* window = nullptr;
+    GtkWidget* box = nullptr;
+    std::vector<std::unique_ptr<AdaptedPage>> pages;
+};
+
+} // namespace ovel::test
