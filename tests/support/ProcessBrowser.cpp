@@ -73,12 +73,15 @@ bool ProcessBrowser::launch() {
         return false;
     }
     exited_ = false;
-    g_child_watch_add(pid_, +[](GPid pid, int status, gpointer self) {
-        auto* browser = static_cast<ProcessBrowser*>(self);
-        browser->exited_ = true;
-        browser->exitStatus_ = status;
-        g_spawn_close_pid(pid);
-    }, this);
+    g_child_watch_add(
+        pid_,
+        +[](GPid pid, int status, gpointer self) {
+            auto* browser = static_cast<ProcessBrowser*>(self);
+            browser->exited_ = true;
+            browser->exitStatus_ = status;
+            g_spawn_close_pid(pid);
+        },
+        this);
     return true;
 }
 
@@ -95,8 +98,8 @@ std::optional<int> ProcessBrowser::quit(std::chrono::milliseconds limit) {
     if (bus != nullptr) {
         g_autoptr(GVariant) reply = g_dbus_connection_call_sync(
             bus, "org.ovel.Web", "/org/ovel/Web", "org.gtk.Actions", "Activate",
-            g_variant_new("(sava{sv})", "quit", nullptr, nullptr), nullptr,
-            G_DBUS_CALL_FLAGS_NONE, 5000, nullptr, nullptr);
+            g_variant_new("(sava{sv})", "quit", nullptr, nullptr), nullptr, G_DBUS_CALL_FLAGS_NONE,
+            5000, nullptr, nullptr);
     }
     if (waitUntil([this] { return exited_; }, limit)) {
         return exitStatus_;
@@ -119,7 +122,8 @@ bool ProcessBrowser::waitUntil(const std::function<bool()>& done, std::chrono::m
     return true;
 }
 
-std::optional<std::string> readStoredValue(const std::string& settingsFile, const std::string& key) {
+std::optional<std::string> readStoredValue(const std::string& settingsFile,
+                                           const std::string& key) {
     sqlite3* db = nullptr;
     std::optional<std::string> value;
     if (sqlite3_open_v2(settingsFile.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
@@ -141,7 +145,8 @@ std::optional<std::string> readStoredValue(const std::string& settingsFile, cons
     return value;
 }
 
-void writeStoredBlob(const std::string& settingsFile, const std::string& key, const std::string& blob) {
+void writeStoredBlob(const std::string& settingsFile, const std::string& key,
+                     const std::string& blob) {
     SqliteSettingsStore::open(settingsFile)->setData(key, blob);
 }
 

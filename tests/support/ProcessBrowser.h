@@ -49,6 +49,7 @@ private:
 std::optional<std::string> readStoredValue(const std::string& settingsFile, const std::string& key);
 
 // Writes blobs (and strings) into a settings file before a launch.
-void writeStoredBlob(const std::string& settingsFile, const std::string& key, const std::string& blob);
+void writeStoredBlob(const std::string& settingsFile, const std::string& key,
+                     const std::string& blob);
 
 } // namespace ovel::test

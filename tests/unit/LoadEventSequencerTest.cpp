@@ -10,7 +10,8 @@ namespace {
 
 // Feeds engine events, written as words, to a sequencer and reports what the delegate heard
 // and whether the title wait is running:
-//   start · finish+ (finished, title known) · finish- (no title yet) · fail · title+ · title-
+//   start · finish+ (finished, title known) · finish- (no title yet) · finish0 (the page has
+//   none) · fail · title+ · title-
 //   expire (the title wait ran out) · crash
 struct Run {
     std::string heard;
@@ -25,8 +26,11 @@ Run feed(const std::string& engineEvents) {
     for (std::string word; words >> word;) {
         if (word == "start") {
             sequencer.loadStarted();
-        } else if (word == "finish+" || word == "finish-") {
-            sequencer.loadFinished(word == "finish+");
+        } else if (word == "finish+" || word == "finish-" || word == "finish0") {
+            using Title = LoadEventSequencer::Title;
+            sequencer.loadFinished(word == "finish+"   ? Title::Known
+                                   : word == "finish-" ? Title::Pending
+                                                       : Title::Absent);
         } else if (word == "fail") {
             sequencer.loadFailed();
         } else if (word == "title+" || word == "title-") {
@@ -78,6 +82,9 @@ TEST(LoadEventSequencer, HoldsTheFinishUntilTheTitleArrives) {
         {"start finish- title-", "start", true},
         {"start finish- title+", "start finish", false},
         {"start finish- title+ title+", "start finish", false},
+        // A page known to have no title finishes at once, and still shows one set later.
+        {"start finish0", "start finish", false},
+        {"start finish0 title+", "start finish finish", false},
         {"start finish- expire", "start finish", false},
         // The next page starts before the title came: the held finish goes out first.
         {"start finish- start", "start finish start", false},

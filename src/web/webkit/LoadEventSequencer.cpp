@@ -19,13 +19,13 @@ void LoadEventSequencer::loadStarted() {
     delegate_.didStartProvisionalNavigation();
 }
 
-void LoadEventSequencer::loadFinished(bool hasTitle) {
+void LoadEventSequencer::loadFinished(Title title) {
     // WebKit also sends a finish after every failure: that one is not a success.
     if (phase_ != Phase::Loading) {
         return;
     }
-    if (hasTitle) {
-        finish(true);
+    if (title != Title::Pending) {
+        finish(title == Title::Known);
         return;
     }
     phase_ = Phase::AwaitingTitle;

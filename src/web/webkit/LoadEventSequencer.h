@@ -22,10 +22,19 @@ public:
         std::function<void()> stop;
     };
 
+    // What is known of the title when a load finishes.
+    enum class Title {
+        Known,
+        // None yet: it may still come, so the finish waits for it.
+        Pending,
+        // The page is known to have none (generated HTML without a title): no wait.
+        Absent,
+    };
+
     LoadEventSequencer(WebViewDelegate& delegate, TitleWait titleWait);
 
     void loadStarted();
-    void loadFinished(bool hasTitle);
+    void loadFinished(Title title);
     void loadFailed();
     void titleChanged(bool hasTitle);
     void titleWaitExpired();

@@ -1,5 +1,7 @@
 #include "web/webkit/WebKitWebViewAdapter.h"
 
+#include "web/Url.h"
+
 #include "web/webkit/WebKitContentRuleList.h"
 #include "web/webkit/WebKitDownloadAdapter.h"
 #include "web/webkit/WebKitPermissionReply.h"
@@ -118,6 +120,7 @@ void WebKitWebViewAdapter::adoptDownload(WebKitDownload* download) {
 // Loading
 
 void WebKitWebViewAdapter::load(const LoadRequest& request) {
+    showingTitlelessHTML_ = false;
     // WebKit has no request time-out of its own: a timer from the start of the load stops it.
     loadTimer_.start(request.timeout, [this] { timedLoadExpired(); });
     timedLoadPending_ = true;
@@ -127,16 +130,20 @@ void WebKitWebViewAdapter::load(const LoadRequest& request) {
 
 void WebKitWebViewAdapter::loadHTMLString(std::string_view html) {
     forgetTimedLoad();
+    // Generated HTML is known in full: without a title element there is no title to wait for.
+    showingTitlelessHTML_ = toLowerAscii(html).find("<title") == std::string::npos;
     // Without a base URL WebKit shows the page as about:blank, which url() reports as none.
     webkit_web_view_load_html(view_.get(), std::string(html).c_str(), nullptr);
 }
 
 void WebKitWebViewAdapter::goBack() {
+    showingTitlelessHTML_ = false;
     forgetTimedLoad();
     webkit_web_view_go_back(view_.get());
 }
 
 void WebKitWebViewAdapter::goForward() {
+    showingTitlelessHTML_ = false;
     forgetTimedLoad();
     webkit_web_view_go_forward(view_.get());
 }
@@ -275,7 +282,13 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
             }
             self->noteCommittedUri();
         }
-        self->sequencer_.loadFinished(self->title().has_value());
+        if (self->title()) {
+            self->sequencer_.loadFinished(LoadEventSequencer::Title::Known);
+        } else if (self->showingTitlelessHTML_ && !self->url()) {
+            self->sequencer_.loadFinished(LoadEventSequencer::Title::Absent);
+        } else {
+            self->sequencer_.loadFinished(LoadEventSequencer::Title::Pending);
+        }
         break;
     }
 }

@@ -99,6 +99,8 @@ private:
     bool timedLoadPending_ = false;
     // The load() with a time-out is the navigation under way.
     bool timedLoadRunning_ = false;
+    // The last thing asked for was generated HTML without a title element.
+    bool showingTitlelessHTML_ = false;
 };
 
 } // namespace ovel
