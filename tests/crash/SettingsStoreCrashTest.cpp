@@ -125,10 +125,22 @@ struct StoredWrites {
     std::optional<int> history;
 };
 
+bool hasSettingsTable(sqlite3* db) {
+    sqlite3_stmt* query = nullptr;
+    sqlite3_prepare_v2(db, "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = 'settings'",
+                       -1, &query, nullptr);
+    const bool found = query && sqlite3_step(query) == SQLITE_ROW;
+    sqlite3_finalize(query);
+    return found;
+}
+
 // Reads the file with SQLite itself: the database is whole, holds only our two keys, and each
 // blob is exactly one of the writer's writes.
 StoredWrites readRaw(const fs::path& file) {
     StoredWrites stored;
+    if (!fs::exists(file)) {
+        return stored; // killed before it made the file
+    }
     sqlite3* db = nullptr;
     if (sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
         ADD_FAILURE() << "sqlite3 cannot open the file: " << sqlite3_errmsg(db);
@@ -145,6 +157,10 @@ StoredWrites readRaw(const fs::path& file) {
         &verdict, nullptr);
     EXPECT_EQ(verdict, std::vector<std::string>{"ok"});
 
+    if (!hasSettingsTable(db)) {
+        sqlite3_close(db);
+        return stored; // killed before it made the table
+    }
     sqlite3_stmt* rows = nullptr;
     EXPECT_EQ(sqlite3_prepare_v2(db, "SELECT key, type, value FROM settings", -1, &rows, nullptr),
               SQLITE_OK)
