@@ -62,6 +62,25 @@ TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
     EXPECT_EQ(capped.size() % 2, 0u);
 }
 
+TEST_F(DownloadNaming, CuttingStrayBytesStillLeavesAName) {
+    // Continuation bytes with no first byte are invalid UTF-8; the cap cuts them where it falls.
+    const std::string stray(300, '\x80');
+    struct Case {
+        std::string suggested;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {stray, "/dl/" + std::string(maxFileNameBytes, '\x80')},
+        {"." + stray, "/dl/." + std::string(maxFileNameBytes - 1, '\x80')},
+        {".." + stray, "/dl/.." + std::string(maxFileNameBytes - 2, '\x80')},
+        {stray + ".pdf", "/dl/" + std::string(maxFileNameBytes - 4, '\x80') + ".pdf"},
+        {std::string(300, '.') + std::string(40, 'x'), "/dl/download"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(unique(c.suggested), c.expected) << c.suggested.substr(0, 3);
+    }
+}
+
 using DownloadsList = BrowserFixture;
 
 DownloadEvent event(const std::string& id, DownloadStatus status, double progress,
