@@ -32,7 +32,7 @@ bool taken(std::string_view path) {
 }
 
 bool isPlainName(std::string_view name) {
-    return !name.empty() && name.size() <= ovel::maxFileNameBytes && name != "." && name != ".." &&
+    return !name.empty() && name.size() <= ovel::maxDownloadFileNameBytes && name != "." && name != ".." &&
            name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos;
 }
 

@@ -70,10 +70,10 @@ TEST_F(DownloadNaming, CuttingStrayBytesStillLeavesAName) {
         std::string expected;
     };
     const Case cases[] = {
-        {stray, "/dl/" + std::string(maxFileNameBytes, '\x80')},
-        {"." + stray, "/dl/." + std::string(maxFileNameBytes - 1, '\x80')},
-        {".." + stray, "/dl/.." + std::string(maxFileNameBytes - 2, '\x80')},
-        {stray + ".pdf", "/dl/" + std::string(maxFileNameBytes - 4, '\x80') + ".pdf"},
+        {stray, "/dl/" + std::string(maxDownloadFileNameBytes, '\x80')},
+        {"." + stray, "/dl/." + std::string(maxDownloadFileNameBytes - 1, '\x80')},
+        {".." + stray, "/dl/.." + std::string(maxDownloadFileNameBytes - 2, '\x80')},
+        {stray + ".pdf", "/dl/" + std::string(maxDownloadFileNameBytes - 4, '\x80') + ".pdf"},
         {std::string(300, '.') + std::string(40, 'x'), "/dl/download"},
     };
     for (const Case& c : cases) {
