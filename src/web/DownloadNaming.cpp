@@ -12,16 +12,31 @@ constexpr std::string_view fallbackName = "download";
 // Longer "extensions" are part of the name: no real one is this long.
 constexpr std::size_t maxExtensionBytes = 32;
 
-// Cuts `text` to at most `bytes` bytes without splitting a UTF-8 sequence.
+bool isContinuationByte(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// Cuts `text` to at most `bytes` bytes without splitting a UTF-8 sequence. A sequence is at most
+// four bytes long, so its first byte is at most three back; stray continuation bytes (invalid
+// UTF-8) are cut where the limit falls rather than searched back through, which could leave
+// nothing of the name.
 std::string_view prefixOfBytes(std::string_view text, std::size_t bytes) {
     if (text.size() <= bytes) {
         return text;
     }
     std::size_t end = bytes;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
+    for (int back = 0; back < 3 && end > 0 && isContinuationByte(text[end]); ++back) {
         --end;
     }
+    if (isContinuationByte(text[end])) {
+        end = bytes;
+    }
     return text.substr(0, end);
+}
+
+// Names that would not name a new file in the folder.
+bool isUnusableName(std::string_view name) {
+    return std::all_of(name.begin(), name.end(), [](char c) { return c == '.' || c == ' '; });
 }
 
 struct SplitName {
@@ -43,7 +58,7 @@ SplitName splitExtension(const std::string& name) {
 std::string composeName(const SplitName& split, std::string_view suffix) {
     const std::size_t tail =
         suffix.size() + (split.extension.empty() ? 0 : split.extension.size() + 1);
-    std::string name(prefixOfBytes(split.base, maxFileNameBytes - tail));
+    std::string name(prefixOfBytes(split.base, maxDownloadFileNameBytes - tail));
     name.append(suffix);
     if (!split.extension.empty()) {
         name.push_back('.');
@@ -64,10 +79,12 @@ std::string safeDownloadFileName(std::string_view suggestedFilename) {
                               [](unsigned char c) { return c < 0x20 || c == 0x7F; }),
                name.end());
     name = trimmed(name);
-    if (std::all_of(name.begin(), name.end(), [](char c) { return c == '.' || c == ' '; })) {
+    if (isUnusableName(name)) {
         return std::string(fallbackName);
     }
-    return composeName(splitExtension(name), "");
+    name = composeName(splitExtension(name), "");
+    // Cutting a long name must not leave "", "." or "..", whatever bytes it was made of.
+    return isUnusableName(name) ? std::string(fallbackName) : name;
 }
 
 std::string uniqueDownloadURL(std::string_view folder, std::string_view suggestedFilename,

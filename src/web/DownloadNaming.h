@@ -6,12 +6,14 @@
 
 namespace ovel {
 
-// The longest file name, in bytes, that Linux file systems take.
-inline constexpr std::size_t maxFileNameBytes = 255;
+// The longest name, in bytes, given to a download. Linux file systems take 255, but while the
+// transfer runs the engine writes to the name plus a suffix of its own (WebKit's ".wkdownload",
+// 11 bytes), and that name must fit as well.
+inline constexpr std::size_t maxDownloadFileNameBytes = 255 - 11;
 
 // A file name made safe from whatever a server suggested: its last path component, without
-// control characters or surrounding blanks, never "." or "..", at most 255 bytes with its
-// extension kept, and "download" when nothing usable is left.
+// control characters or surrounding blanks, never "." or "..", at most
+// maxDownloadFileNameBytes with its extension kept, and "download" when nothing usable is left.
 std::string safeDownloadFileName(std::string_view suggestedFilename);
 
 // The path in `folder` at which to save a download suggested as `suggestedFilename`: the safe

@@ -94,6 +94,10 @@ std::optional<Url> Url::parse(std::string_view text) {
             return std::nullopt;
         }
         if (!port.empty()) {
+            // Digits only: from_chars would also take a minus sign.
+            if (!std::all_of(port.begin(), port.end(), isAsciiDigit)) {
+                return std::nullopt;
+            }
             int number = 0;
             const auto [end, error] =
                 std::from_chars(port.data(), port.data() + port.size(), number);

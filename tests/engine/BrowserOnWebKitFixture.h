@@ -6,7 +6,7 @@
 #include "state/BrowserState.h"
 #include "state/MemorySettingsStore.h"
 #include "support/FakeClock.h"
-#include "support/FakeDesktop.h"
+#include "support/FolderDesktop.h"
 #include "support/GtkTestEnvironment.h"
 #include "support/GtkWait.h"
 #include "support/IconFiles.h"
@@ -27,10 +27,16 @@
 
 namespace ovel::test {
 
+<<<<<<< HEAD
 // The browser's state and tabs on the real engine: WebKit, the GLib main queue and the libsoup
 // favicon fetcher, with fresh folders and a loopback server per test. The window shows the
 // selected tab. A derived fixture that wants the browser to start from stored settings writes
 // them into `settings` before calling SetUp().
+=======
+// The browser's state and tabs on the real engine: WebKit, the GLib main queue, the libsoup
+// favicon fetcher and the real file system, with fresh folders (Downloads among them) and a
+// loopback server per test.
+>>>>>>> main
 class BrowserOnWebKit : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -159,7 +165,7 @@ protected:
     FakeClock clock;
     SequentialUuidSource uuids;
     SoupFaviconFetcher favicons;
-    FakeDesktop desktop;
+    FolderDesktop desktop;
     std::shared_ptr<BrowserState> state;
     GtkWidget* window = nullptr;
     std::vector<std::string> log;

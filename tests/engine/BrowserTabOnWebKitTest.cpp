@@ -1,9 +1,4 @@
 #include "BrowserOnWebKitFixture.h"
-
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 namespace ovel::test {
 namespace {
 
@@ -112,33 +107,6 @@ TEST_F(BrowserTabOnWebKit, FaviconIsFetchedAfterTheFinish) {
     EXPECT_EQ(std::vector<std::uint8_t>(favicon.rgba.begin(), favicon.rgba.begin() + 4),
               (std::vector<std::uint8_t>{200, 100, 50, 255}));
     EXPECT_EQ(server.requestCount("/favicon.ico"), 1);
-}
-
-TEST_F(BrowserTabOnWebKit, DownloadIsSavedAndRecorded) {
-    server.serveHtml("/a", titled("Page A"));
-    server.serveAttachment("/get", "report.txt", "the report", "text/plain");
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-
-    state->openURL(server.url("/get"));
-    ASSERT_TRUE(waitUntil([&] {
-        return !state->downloads.get().empty() &&
-               state->downloads.get()[0].status == DownloadStatus::Finished;
-    }));
-    const auto& record = state->downloads.get()[0];
-    EXPECT_EQ(record.fileName, "report.txt");
-    EXPECT_EQ(record.sourceURL, server.url("/a"));
-    EXPECT_EQ(record.destinationPath, *desktop.downloads + "/report.txt");
-    std::ifstream file(*desktop.downloads + "/report.txt");
-    std::stringstream contents;
-    contents << file.rdbuf();
-    EXPECT_EQ(contents.str(), "the report");
-    EXPECT_TRUE(waitUntil([&] { return tab().lastDownloadMessage.get() == "Download finished"; }))
-        << tab().lastDownloadMessage.get().value_or("-");
-    EXPECT_EQ(tab().title.get(), "Page A");
-    // The navigation that became the download ends when WebKit says so, which may be after
-    // the file is saved.
-    EXPECT_TRUE(waitUntilIdle(tab()));
 }
 
 } // namespace

@@ -17,13 +17,27 @@
 
 namespace ovel::test {
 
-// A browser state on fakes. The store outlives relaunches, as a real one does across runs.
-class BrowserFixture : public ::testing::Test {
-protected:
+// Every platform service, faked, for tests of the core.
+struct FakeServices {
     BrowserServices services() {
         return BrowserServices{store, engine, mainQueue, clock, uuids, favicons, desktop};
     }
+    static FakeWebView& viewOf(BrowserTab& tab) {
+        return dynamic_cast<FakeWebView&>(tab.webView());
+    }
 
+    RecordingSettingsStore store;
+    FakeWebEngine engine;
+    ManualMainQueue mainQueue;
+    FakeClock clock;
+    SequentialUuidSource uuids;
+    FakeFaviconFetcher favicons;
+    FakeDesktop desktop;
+};
+
+// A browser state on fakes. The store outlives relaunches, as a real one does across runs.
+class BrowserFixture : public ::testing::Test, protected FakeServices {
+protected:
     // Starts (or restarts) the browser on the current store.
     BrowserState& launch() {
         state.reset();
@@ -38,9 +52,6 @@ protected:
         return launch();
     }
 
-    static FakeWebView& viewOf(BrowserTab& tab) {
-        return dynamic_cast<FakeWebView&>(tab.webView());
-    }
     FakeWebView& viewAt(int index) { return viewOf(*state->tabs.get().at(index)); }
 
     // The tab at `index` finishes a navigation to `url` titled `title`.
@@ -53,13 +64,6 @@ protected:
         return BrowserState::profileKey(base, profileID());
     }
 
-    RecordingSettingsStore store;
-    FakeWebEngine engine;
-    ManualMainQueue mainQueue;
-    FakeClock clock;
-    SequentialUuidSource uuids;
-    FakeFaviconFetcher favicons;
-    FakeDesktop desktop;
     std::shared_ptr<BrowserState> state;
 };
 

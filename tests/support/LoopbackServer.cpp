@@ -143,10 +143,14 @@ void LoopbackServer::serveHtml(std::string path, std::string html) {
 
 void LoopbackServer::serveSlowly(std::string path, std::string contentType,
                                  std::vector<std::string> chunks,
-                                 std::chrono::milliseconds interval) {
-    handle(std::move(path), [this, contentType, chunks, interval](SoupServerMessage* message,
-                                                                  const Request&) {
+                                 std::chrono::milliseconds interval,
+                                 std::vector<std::pair<std::string, std::string>> extraHeaders) {
+    handle(std::move(path), [this, contentType, chunks, interval,
+                             extraHeaders](SoupServerMessage* message, const Request&) {
         auto* headers = soup_server_message_get_response_headers(message);
+        for (const auto& [name, value] : extraHeaders) {
+            soup_message_headers_append(headers, name.c_str(), value.c_str());
+        }
         soup_message_headers_set_encoding(headers, SOUP_ENCODING_CHUNKED);
         soup_message_headers_set_content_type(headers, contentType.c_str(), nullptr);
         soup_server_message_set_status(message, 200, nullptr);

@@ -51,9 +51,11 @@ public:
 
     void serve(std::string path, Response response);
     void serveHtml(std::string path, std::string html);
-    // Sends the chunks of a chunked body one by one, `interval` apart (the first at once).
+    // Sends the chunks of a chunked body one by one, `interval` apart (the first at once), after
+    // the given extra headers.
     void serveSlowly(std::string path, std::string contentType, std::vector<std::string> chunks,
-                     std::chrono::milliseconds interval);
+                     std::chrono::milliseconds interval,
+                     std::vector<std::pair<std::string, std::string>> headers = {});
     // Takes the request and never answers it.
     void serveNothing(std::string path);
     // A file the browser should save: "Content-Disposition: attachment" with `fileName`.

@@ -38,6 +38,10 @@ ProcessBrowser::~ProcessBrowser() {
     }
     g_test_dbus_down(bus_);
     g_object_unref(bus_);
+    // Put back for the next browser this process starts.
+    if (!display_.empty()) {
+        g_setenv("DISPLAY", display_.c_str(), TRUE);
+    }
     std::error_code ignored;
     std::filesystem::remove_all(root_, ignored);
 }

@@ -24,6 +24,7 @@ TEST(AddressResolution, TypedTextBecomesAnAddressOrASearch) {
         {"https://bad host.test", nullptr},
         {"héllo.test", nullptr},
         {"10.0.0.1:8000/path", "https://10.0.0.1:8000/path"},
+        {"m+20.11:-8", nullptr},
     };
     for (const Case& c : cases) {
         const auto url = webURLForTypedText(c.typed);

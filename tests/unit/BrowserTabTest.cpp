@@ -1,4 +1,5 @@
 #include "web/BrowserTab.h"
+#include "support/BrowserFixture.h"
 #include "support/FakeClock.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeFaviconFetcher.h"
@@ -6,6 +7,7 @@
 #include "support/ManualMainQueue.h"
 #include "support/RecordingSettingsStore.h"
 #include "support/SequentialUuidSource.h"
+#include "web/BrowserTab.h"
 #include "web/StartPage.h"
 
 #include <gtest/gtest.h>
@@ -13,23 +15,11 @@
 namespace ovel::test {
 namespace {
 
-class BrowserTabTest : public ::testing::Test {
+class BrowserTabTest : public ::testing::Test, protected FakeServices {
 protected:
     std::shared_ptr<BrowserTab> makeTab(bool startPage = false) {
-        return BrowserTab::create(
-            BrowserServices{store, engine, mainQueue, clock, uuids, favicons, desktop}, startPage);
+        return BrowserTab::create(services(), startPage);
     }
-    static FakeWebView& viewOf(BrowserTab& tab) {
-        return dynamic_cast<FakeWebView&>(tab.webView());
-    }
-
-    RecordingSettingsStore store;
-    FakeWebEngine engine;
-    ManualMainQueue mainQueue;
-    FakeClock clock;
-    SequentialUuidSource uuids;
-    FakeFaviconFetcher favicons;
-    FakeDesktop desktop;
 };
 
 using BrowserTabNavigation = BrowserTabTest;

@@ -41,24 +41,44 @@ TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
         {"...", "/dl/download"},
         {"evil\x01\nname\x7F.txt", "/dl/evilname.txt"},
         {"..\\..\\windows.ini", "/dl/windows.ini"},
-        {longName + ".pdf", "/dl/" + std::string(maxFileNameBytes - 4, 'x') + ".pdf"},
+        {longName + ".pdf", "/dl/" + std::string(maxDownloadFileNameBytes - 4, 'x') + ".pdf"},
         {" . ", "/dl/download"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(unique(c.suggested), c.expected) << c.suggested;
     }
-    taken = {"/dl/" + std::string(maxFileNameBytes - 4, 'x') + ".pdf"};
+    taken = {"/dl/" + std::string(maxDownloadFileNameBytes - 4, 'x') + ".pdf"};
     const std::string numbered = unique(longName + ".pdf");
     EXPECT_EQ(numbered.substr(numbered.size() - 6), "-1.pdf");
-    EXPECT_EQ(numbered.size() - 4, maxFileNameBytes) << "the number fits inside the byte cap";
+    EXPECT_EQ(numbered.size() - 4, maxDownloadFileNameBytes)
+        << "the number fits inside the byte cap";
     // A multi-byte character is never cut in half by the cap.
     std::string accents;
     for (int i = 0; i < 200; ++i) {
         accents += "é";
     }
     const std::string capped = safeDownloadFileName(accents);
-    EXPECT_LE(capped.size(), maxFileNameBytes);
+    EXPECT_LE(capped.size(), maxDownloadFileNameBytes);
     EXPECT_EQ(capped.size() % 2, 0u);
+}
+
+TEST_F(DownloadNaming, CuttingStrayBytesStillLeavesAName) {
+    // Continuation bytes with no first byte are invalid UTF-8; the cap cuts them where it falls.
+    const std::string stray(300, '\x80');
+    struct Case {
+        std::string suggested;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {stray, "/dl/" + std::string(maxDownloadFileNameBytes, '\x80')},
+        {"." + stray, "/dl/." + std::string(maxDownloadFileNameBytes - 1, '\x80')},
+        {".." + stray, "/dl/.." + std::string(maxDownloadFileNameBytes - 2, '\x80')},
+        {stray + ".pdf", "/dl/" + std::string(maxDownloadFileNameBytes - 4, '\x80') + ".pdf"},
+        {std::string(300, '.') + std::string(40, 'x'), "/dl/download"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(unique(c.suggested), c.expected) << c.suggested.substr(0, 3);
+    }
 }
 
 using DownloadsList = BrowserFixture;

@@ -121,6 +121,7 @@ void WebKitWebViewAdapter::adoptDownload(WebKitDownload* download) {
 
 void WebKitWebViewAdapter::load(const LoadRequest& request) {
     showingTitlelessHTML_ = false;
+    requestedUri_ = request.url;
     // WebKit has no request time-out of its own: a timer from the start of the load stops it.
     loadTimer_.start(request.timeout, [this] { timedLoadExpired(); });
     timedLoadPending_ = true;
@@ -130,6 +131,7 @@ void WebKitWebViewAdapter::load(const LoadRequest& request) {
 
 void WebKitWebViewAdapter::loadHTMLString(std::string_view html) {
     forgetTimedLoad();
+    requestedUri_.reset();
     // Generated HTML is known in full: without a title element there is no title to wait for.
     showingTitlelessHTML_ = toLowerAscii(html).find("<title") == std::string::npos;
     // Without a base URL WebKit shows the page as about:blank, which url() reports as none.
@@ -184,6 +186,11 @@ void WebKitWebViewAdapter::timedLoadExpired() {
 // A load to a port WebKit refuses (1, 9, 25, …) does not fail either: WebKit commits an empty
 // about:blank in its place, which then reads as a page without address or title.
 std::optional<std::string> WebKitWebViewAdapter::url() const {
+    // A view that has shown nothing yet answers with the address it was asked to load, so a
+    // restored tab saved before its page commits keeps its address.
+    if (!committedUri_) {
+        return requestedUri_;
+    }
     if (committedUri_ == "about:blank") {
         return std::nullopt;
     }

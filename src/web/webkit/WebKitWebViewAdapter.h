@@ -95,6 +95,8 @@ private:
     LoadEventSequencer sequencer_;
     // get_uri already shows a navigation that has not committed; this is the page shown.
     std::optional<std::string> committedUri_;
+    // The address of the last load(), reported until anything commits.
+    std::optional<std::string> requestedUri_;
     // The load() with a time-out has been asked for but WebKit has not started it yet.
     bool timedLoadPending_ = false;
     // The load() with a time-out is the navigation under way.

@@ -1,0 +1,8 @@
+#include "RoundTrip.h"
+#include "state/RecordsJson.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    ovel::fuzz::checkRoundTrip(data, size, ovel::decodeSitePermissions,
+                               ovel::encodeSitePermissions);
+    return 0;
+}

@@ -1,0 +1,77 @@
+#include "state/BrowserState.h"
+#include "state/RecordsJson.h"
+#include "support/LoopbackServer.h"
+#include "support/ProcessBrowser.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace ovel::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+std::string contentsOf(const fs::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream contents;
+    contents << stream.rdbuf();
+    return contents.str();
+}
+
+// Bytes no text conversion would leave alone.
+std::string binaryBody() {
+    std::string body;
+    for (int i = 0; i < 4096; ++i) {
+        body.push_back(char(i * 7 % 256));
+    }
+    return body;
+}
+
+// Launches the browser with a stored session whose one tab shows an attachment, and checks that
+// the file is saved whole into `folder` of the home folder, and not into the home folder itself.
+void expectSavedInto(const std::string& folder, const std::optional<std::string>& userDirs) {
+    LoopbackServer server;
+    const std::string body = binaryBody();
+    server.serveAttachment("/get", "report.bin", body);
+    ProcessBrowser browser;
+    if (userDirs) {
+        std::ofstream(browser.configHome() + "/user-dirs.dirs") << *userDirs;
+    }
+    const std::string profileID = "0B1D2E3F-4A5B-4C6D-8E7F-8091A2B3C4D5";
+    writeStoredBlob(browser.settingsFile(), std::string(BrowserState::profilesKey),
+                    encodeProfiles({{profileID, "Default"}}));
+    writeStoredBlob(browser.settingsFile(),
+                    BrowserState::profileKey(BrowserState::sessionKeyBase, profileID),
+                    encodeSession({0, {{server.url("/get"), false}}}));
+    ASSERT_TRUE(browser.launch());
+
+    const fs::path saved = fs::path(browser.home()) / folder / "report.bin";
+    // The engine writes to a partial file and renames it when the transfer is complete.
+    EXPECT_TRUE(ProcessBrowser::waitUntil(
+        [&] { return fs::exists(saved) && contentsOf(saved).size() == body.size(); }, 60s))
+        << "requests of the file: " << server.requestCount("/get");
+    EXPECT_EQ(contentsOf(saved), body);
+    EXPECT_FALSE(fs::exists(fs::path(browser.home()) / "report.bin"));
+    EXPECT_TRUE(browser.isRunning());
+    EXPECT_EQ(browser.quit(), 0);
+}
+
+TEST(DownloadFolder, UserDirsWithoutADownloadsEntryMeanDownloadsInHome) {
+    expectSavedInto("Downloads", "# written by the test\nXDG_DESKTOP_DIR=\"$HOME/Desktop\"\n");
+}
+
+TEST(DownloadFolder, NoUserDirsFileMeansDownloadsInHome) {
+    expectSavedInto("Downloads", std::nullopt);
+}
+
+TEST(DownloadFolder, TheFolderUserDirsNamesIsUsed) {
+    expectSavedInto("Incoming", "XDG_DOWNLOAD_DIR=\"$HOME/Incoming\"\n");
+}
+
+} // namespace
+} // namespace ovel::test

@@ -1,0 +1,344 @@
+#include "BrowserOnWebKitFixture.h"
+
+#include "support/LoopbackRawServer.h"
+#include "web/DownloadNaming.h"
+
+#include <libsoup/soup.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace ovel::test {
+namespace {
+
+std::string contentsOf(const fs::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream contents;
+    contents << stream.rdbuf();
+    return stream ? contents.str() : "(missing)";
+}
+
+// Everything below `folder`, by path relative to it, with each file's contents.
+std::map<std::string, std::string> treeOf(const fs::path& folder) {
+    std::map<std::string, std::string> tree;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        const std::string path = fs::relative(entry.path(), folder).string();
+        tree[path] = entry.is_symlink()        ? "(link)"
+                     : entry.is_regular_file() ? contentsOf(entry.path())
+                                               : "(folder)";
+    }
+    return tree;
+}
+
+// Control characters as \xNN, so a failure prints readably.
+std::string printable(std::string_view text) {
+    std::string out;
+    for (unsigned char c : text) {
+        if (c < 0x20 || c == 0x7F) {
+            static constexpr char digits[] = "0123456789abcdef";
+            out += "\\x";
+            out += digits[c >> 4];
+            out += digits[c & 0xF];
+        } else {
+            out.push_back(char(c));
+        }
+    }
+    return out;
+}
+
+// Every byte but letters and digits percent-encoded, dots and slashes included, so the name
+// reaches the server as one path segment.
+std::string percentEncoded(std::string_view text) {
+    static constexpr char digits[] = "0123456789ABCDEF";
+    std::string out;
+    for (unsigned char c : text) {
+        if (std::isalnum(c)) {
+            out.push_back(char(c));
+        } else {
+            out += '%';
+            out += digits[c >> 4];
+            out += digits[c & 0xF];
+        }
+    }
+    return out;
+}
+
+class DownloadsOnWebKit : public BrowserOnWebKit {
+protected:
+    void SetUp() override {
+        BrowserOnWebKit::SetUp();
+        downloads = *desktop.downloads;
+        server.serveHtml("/a", "<html><head><title>Page A</title></head><body>A</body></html>");
+        connections.push_back(tab().lastDownloadMessage.changed().connect(
+            [this] { messages.push_back(tab().lastDownloadMessage.get().value_or("(none)")); }));
+        connections.push_back(state->downloads.changed().connect([this] {
+            const auto& list = state->downloads.get();
+            if (!list.empty()) {
+                entries.push_back(std::string(list[0].statusLabel()) + " " + list[0].fileName);
+            }
+        }));
+    }
+
+    // Waits until the list holds `count` entries and the newest has finished or failed.
+    bool waitForDownloadEnd(std::size_t count) {
+        return waitUntil([&] {
+            const auto& list = state->downloads.get();
+            return list.size() == count && (list[0].status == DownloadStatus::Finished ||
+                                            list[0].status == DownloadStatus::Failed);
+        });
+    }
+
+    static std::string joined(const std::vector<std::string>& lines) {
+        std::string text;
+        for (const auto& line : lines) {
+            text += (text.empty() ? "" : " | ") + line;
+        }
+        return text;
+    }
+
+    fs::path downloads;
+    std::vector<std::string> messages;
+    std::vector<std::string> entries;
+};
+
+TEST_F(DownloadsOnWebKit, AttachmentIsSavedAndASecondCopyIsNumbered) {
+    int served = 0;
+    server.handle("/get", [&](SoupServerMessage* message, const LoopbackServer::Request&) {
+        const std::string body = "copy " + std::to_string(++served);
+        soup_message_headers_append(soup_server_message_get_response_headers(message),
+                                    "Content-Disposition", "attachment; filename=report.txt");
+        soup_server_message_set_status(message, 200, nullptr);
+        soup_server_message_set_response(message, "text/plain", SOUP_MEMORY_COPY, body.data(),
+                                         body.size());
+    });
+    state->openURL(server.url("/a"));
+    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+
+    state->openURL(server.url("/get"));
+    ASSERT_TRUE(waitForDownloadEnd(1)) << joined(entries);
+    EXPECT_TRUE(waitUntil([&] { return messages.size() == 3; })) << joined(messages);
+    EXPECT_EQ(joined(messages),
+              "Starting download... | Downloading report.txt | Download finished");
+    EXPECT_EQ(joined(entries), "Downloading report.txt | Finished report.txt");
+    const DownloadRecord first = state->downloads.get()[0];
+    EXPECT_EQ(first.destinationPath, (downloads / "report.txt").string());
+    EXPECT_EQ(first.sourceURL, server.url("/a")) << "the page the tab showed, not the file";
+    EXPECT_EQ(first.progress, 1.0);
+    EXPECT_EQ(contentsOf(downloads / "report.txt"), "copy 1");
+
+    messages.clear();
+    entries.clear();
+    state->openURL(server.url("/get"));
+    ASSERT_TRUE(waitForDownloadEnd(2)) << joined(entries);
+    EXPECT_EQ(joined(entries), "Downloading report-1.txt | Finished report-1.txt");
+    const DownloadRecord second = state->downloads.get()[0];
+    EXPECT_NE(second.id, first.id);
+    EXPECT_EQ(second.destinationPath, (downloads / "report-1.txt").string());
+    EXPECT_EQ(state->downloads.get()[1], first) << "the first entry is left as it was";
+    EXPECT_EQ(contentsOf(downloads / "report-1.txt"), "copy 2");
+    EXPECT_EQ(contentsOf(downloads / "report.txt"), "copy 1");
+    EXPECT_EQ(treeOf(downloads).size(), 2u);
+    // A download leaves the page the tab shows alone.
+    EXPECT_EQ(tab().title.get(), "Page A");
+    EXPECT_EQ(state->addressText.get(), server.url("/a"));
+}
+
+TEST_F(DownloadsOnWebKit, TransferBrokenOffEndsFailedWithTheEnginesMessage) {
+    // The engine's own description of the failure, heard beside the browser.
+    std::string engineMessage;
+    const gulong handler = g_signal_connect(
+        engine->networkSession(), "download-started",
+        G_CALLBACK(+[](WebKitNetworkSession*, WebKitDownload* download, std::string* message) {
+            g_signal_connect(download, "failed",
+                             G_CALLBACK(+[](WebKitDownload*, GError* error, std::string* text) {
+                                 *text = error->message;
+                             }),
+                             message);
+        }),
+        &engineMessage);
+    server.serveBrokenBody("/cut.bin", "application/octet-stream", std::string(5000, 'x'), 1000000);
+    state->openURL(server.url("/a"));
+    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+
+    state->openURL(server.url("/cut.bin"));
+    ASSERT_TRUE(waitForDownloadEnd(1)) << joined(entries);
+    // WebKit follows "failed" with "finished"; the entry must stay failed.
+    runMainLoopFor(500ms);
+    g_signal_handler_disconnect(engine->networkSession(), handler);
+    ASSERT_FALSE(engineMessage.empty());
+    EXPECT_EQ(tab().lastDownloadMessage.get(), "Download failed: " + engineMessage);
+    EXPECT_EQ(joined(entries), "Downloading cut.bin | Failed cut.bin");
+    const DownloadRecord& record = state->downloads.get()[0];
+    EXPECT_EQ(record.progress, 0.0);
+    EXPECT_EQ(record.destinationPath, (downloads / "cut.bin").string());
+    // Nothing in the folder may pass for the whole file.
+    const auto left = treeOf(downloads);
+    for (const auto& [name, contents] : left) {
+        EXPECT_LT(contents.size(), 1000000u) << name;
+    }
+    EXPECT_EQ(tab().title.get(), "Page A");
+    EXPECT_FALSE(tab().isLoading.get());
+}
+
+// WebKit cleans some suggested names itself before the browser sees them: it keeps the last
+// path component, gives "" for ".", ".." and "..." and turns control characters into "_", and
+// the URL parser resolves a final ".." before any request is made. A 300-byte name comes
+// through as it is. Whatever reaches the browser, the file must land directly in the Downloads
+// folder, under a new name that the file system takes, next to files it leaves alone.
+TEST_F(DownloadsOnWebKit, HostileNamesLandInsideTheDownloadsFolder) {
+    const std::string longName = std::string(296, 'n') + ".txt";
+    const struct {
+        const char* label;
+        std::string name;
+        // The extension the saved file must keep; empty when any will do.
+        std::string extension;
+    } cases[] = {
+        {"parent", "..", ""},
+        {"climbing", "a/../..", ""},
+        {"absolute", "/etc/passwd", ""},
+        {"empty", "", ""},
+        {"300 bytes", longName, ".txt"},
+        {"control characters",
+         "ctl\x01\x1f\x7f"
+         "end.txt",
+         ".txt"},
+        {"only dots", "...", ""},
+    };
+    // Names the cleaned-up suggestions fall back to, taken already.
+    std::ofstream(downloads / "download") << "kept: download";
+    std::ofstream(downloads / "passwd") << "kept: passwd";
+    std::ofstream(downloads / safeDownloadFileName(longName)) << "kept: long";
+    LoopbackRawServer byPath("application/octet-stream", "sent by path");
+
+    state->openURL(server.url("/a"));
+    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+    const fs::path home = environment.home();
+    std::size_t count = 0;
+    for (const auto& c : cases) {
+        const std::string cdPath = "/named/" + std::to_string(count);
+        LoopbackServer::Response named;
+        named.contentType = "application/octet-stream";
+        named.body = std::string("sent as ") + c.label;
+        named.headers.emplace_back("Content-Disposition",
+                                   "attachment; filename=\"" + c.name + "\"");
+        server.serve(cdPath, named);
+        const struct {
+            std::string how;
+            std::string url;
+            std::string body;
+        } deliveries[] = {
+            {"Content-Disposition", server.url(cdPath), named.body},
+            {"last path segment", byPath.url("/files/" + percentEncoded(c.name)), "sent by path"},
+        };
+        for (const auto& delivery : deliveries) {
+            SCOPED_TRACE(std::string(c.label) + " as " + delivery.how + ": " + printable(c.name));
+            const auto before = treeOf(home);
+            state->openURL(delivery.url);
+            ASSERT_TRUE(waitForDownloadEnd(++count)) << joined(entries);
+            const DownloadRecord& record = state->downloads.get()[0];
+            EXPECT_EQ(record.status, DownloadStatus::Finished)
+                << printable(record.destinationPath.value_or("-")) << " "
+                << tab().lastDownloadMessage.get().value_or("-");
+
+            const auto after = treeOf(home);
+            std::vector<std::string> added;
+            for (const auto& [path, contents] : after) {
+                const auto old = before.find(path);
+                if (old == before.end()) {
+                    added.push_back(path);
+                } else {
+                    EXPECT_EQ(contents, old->second) << "changed: " << printable(path);
+                }
+            }
+            EXPECT_EQ(after.size(), before.size() + 1) << "one file added, none removed";
+            ASSERT_EQ(added.size(), 1u) << "added: " << printable(joined(added));
+            const fs::path saved(added[0]);
+            EXPECT_EQ(saved.parent_path(), "Downloads") << printable(added[0]);
+            const std::string name = saved.filename().string();
+            EXPECT_EQ(record.fileName, name);
+            EXPECT_EQ(record.destinationPath, (downloads / name).string());
+            EXPECT_FALSE(name.empty());
+            EXPECT_NE(name, ".");
+            EXPECT_NE(name, "..");
+            EXPECT_LE(name.size(), 255u);
+            EXPECT_TRUE(name.ends_with(c.extension)) << printable(name);
+            EXPECT_EQ(after.at(added[0]), delivery.body);
+        }
+    }
+}
+
+// Responses whose first part is sent at once and whose rest waits until the test releases it,
+// so that transfers overlap for as long as a test needs.
+class HeldAttachments {
+public:
+    HeldAttachments(LoopbackServer& server, std::string fileName) : fileName_(std::move(fileName)) {
+        for (const char* path : {"/one", "/two"}) {
+            server.handle(path, [this, path](SoupServerMessage* message,
+                                             const LoopbackServer::Request&) {
+                auto* headers = soup_server_message_get_response_headers(message);
+                soup_message_headers_set_encoding(headers, SOUP_ENCODING_CHUNKED);
+                soup_message_headers_set_content_type(headers, "application/octet-stream", nullptr);
+                soup_message_headers_append(headers, "Content-Disposition",
+                                            ("attachment; filename=" + fileName_).c_str());
+                soup_server_message_set_status(message, 200, nullptr);
+                // Large enough that the engine starts writing the file before the end. A
+                // chunked body not yet complete keeps the response open.
+                const std::string head = std::string(path) + std::string(100000, '.');
+                soup_message_body_append(soup_server_message_get_response_body(message),
+                                         SOUP_MEMORY_COPY, head.data(), head.size());
+                held_.push_back(SOUP_SERVER_MESSAGE(g_object_ref(message)));
+            });
+        }
+    }
+    ~HeldAttachments() { release(); }
+
+    void release() {
+        for (auto* message : held_) {
+            auto* body = soup_server_message_get_response_body(message);
+            soup_message_body_append(body, SOUP_MEMORY_STATIC, "end", 3);
+            soup_message_body_complete(body);
+            // The server stopped writing when it ran out of body; this sets it going again.
+            soup_server_message_unpause(message);
+            g_object_unref(message);
+        }
+        held_.clear();
+    }
+
+private:
+    std::string fileName_;
+    std::vector<SoupServerMessage*> held_;
+};
+
+// The engine creates the destination as soon as it is chosen, so a second download of the same
+// name, chosen while the first still runs, finds the name taken.
+TEST_F(DownloadsOnWebKit, OverlappingDownloadsOfOneNameKeepBothFiles) {
+    HeldAttachments attachments(server, "same.bin");
+    state->openURL(server.url("/one"));
+    ASSERT_TRUE(waitUntil([&] { return state->downloads.get().size() == 1; }));
+    state->newTab();
+    state->openURL(server.url("/two"));
+    ASSERT_TRUE(waitUntil([&] { return state->downloads.get().size() == 2; }));
+    EXPECT_EQ(state->downloads.get()[1].status, DownloadStatus::Started)
+        << "the first transfer still runs when the second chooses its name";
+    attachments.release();
+    ASSERT_TRUE(waitUntil([&] {
+        const auto& list = state->downloads.get();
+        return list[0].status != DownloadStatus::Started &&
+               list[1].status != DownloadStatus::Started;
+    })) << joined(entries);
+    const auto& list = state->downloads.get();
+    EXPECT_EQ(std::string(list[0].statusLabel()) + " " + list[0].fileName + ", " +
+                  std::string(list[1].statusLabel()) + " " + list[1].fileName,
+              "Finished same-1.bin, Finished same.bin");
+    const auto files = treeOf(downloads);
+    ASSERT_EQ(files.size(), 2u);
+    EXPECT_EQ(files.at("same.bin"), "/one" + std::string(100000, '.') + "end");
+    EXPECT_EQ(files.at("same-1.bin"), "/two" + std::string(100000, '.') + "end");
+}
+
+} // namespace
+} // namespace ovel::test
