@@ -27,16 +27,10 @@
 
 namespace ovel::test {
 
-<<<<<<< HEAD
-// The browser's state and tabs on the real engine: WebKit, the GLib main queue and the libsoup
-// favicon fetcher, with fresh folders and a loopback server per test. The window shows the
-// selected tab. A derived fixture that wants the browser to start from stored settings writes
-// them into `settings` before calling SetUp().
-=======
 // The browser's state and tabs on the real engine: WebKit, the GLib main queue, the libsoup
 // favicon fetcher and the real file system, with fresh folders (Downloads among them) and a
-// loopback server per test.
->>>>>>> main
+// loopback server per test. The window shows the selected tab. A derived fixture that wants the
+// browser to start from stored settings writes them into `settings` before calling SetUp().
 class BrowserOnWebKit : public ::testing::Test {
 protected:
     void SetUp() override {

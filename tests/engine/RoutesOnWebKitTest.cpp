@@ -1,8 +1,6 @@
 #include "BrowserOnWebKitFixture.h"
 #include "FindRecorder.h"
 
-#include <gmock/gmock.h>
-
 namespace ovel::test {
 namespace {
 
@@ -41,30 +39,6 @@ TEST_F(RoutesOnWebKit, PageLinksToInternalAddresses) {
     EXPECT_EQ(tab().title.get(), "History");
     EXPECT_EQ(state->addressText.get(), "ovel://history");
     EXPECT_EQ(pageTab.title.get(), "Settings");
-}
-
-TEST_F(RoutesOnWebKit, ThemeChangeRedrawsOnlyTheStartPages) {
-    const auto backgroundOf = [](BrowserTab& tab) {
-        return runScript(webKitView(tab), "return getComputedStyle(document.body).backgroundImage;")
-            .value_or("(none)");
-    };
-    BrowserTab& startTab = tab();
-    // Midnight's first background stop, #080d18.
-    EXPECT_THAT(backgroundOf(startTab), testing::HasSubstr("rgb(8, 13, 24) 0%"));
-    server.serveHtml("/a", titled("Page A"));
-    state->newTab();
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntilShowing(tab(), server.url("/a")));
-    BrowserTab& pageTab = tab();
-
-    state->theme.set(BrowserTheme::Citrus);
-    EXPECT_FALSE(webkit_web_view_is_loading(webKitView(pageTab)));
-    ASSERT_TRUE(waitUntilIdle(startTab));
-    // Citrus runs from #222c0d to #d08f33.
-    EXPECT_THAT(backgroundOf(startTab),
-                testing::HasSubstr("rgb(34, 44, 13) 0%, rgb(208, 143, 51) 100%"));
-    EXPECT_EQ(server.requestCount("/a"), 1);
-    EXPECT_EQ(pageTab.title.get(), "Page A");
 }
 
 TEST_F(RoutesOnWebKit, ZoomStopsAtItsBoundsAndStaysWithItsTab) {
