@@ -1,7 +1,7 @@
 #pragma once
 
+#include "FreshEngine.h"
 #include "TestPages.h"
-#include "app/AppPaths.h"
 #include "app/GlibMainQueue.h"
 #include "state/BrowserState.h"
 #include "state/MemorySettingsStore.h"
@@ -34,10 +34,7 @@ namespace ovel::test {
 class BrowserOnWebKit : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto paths = AppPaths::under(environment.configHome(), environment.dataHome(),
-                                           environment.cacheHome());
-        engine = std::make_unique<WebKitEngine>(WebKitEngine::Folders{
-            paths.websiteDataFolder, paths.websiteCacheFolder, paths.contentFiltersFolder});
+        engine = freshEngine(environment);
         favicons.setTestOrigin("http", server.port());
         desktop.downloads = environment.home() + "/Downloads";
         std::filesystem::create_directories(*desktop.downloads);

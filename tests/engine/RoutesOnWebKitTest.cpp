@@ -75,14 +75,14 @@ TEST_F(RoutesOnWebKit, ZoomStopsAtItsBoundsAndStaysWithItsTab) {
     EXPECT_EQ(zoomOf(second), 0.75);
 }
 
-TEST_F(RoutesOnWebKit, FindLooksForTheTrimmedText) {
-    // Only "needle" without the blanks around it is found, twice.
+TEST_F(RoutesOnWebKit, FindLooksForTheTrimmedTextInAnyCase) {
+    // Only "needle" without the blanks around it is found, in any case, twice.
     server.serveHtml("/a", titled("Page A", "<p>a needle in a haystack</p><p>needle</p>"));
     state->openURL(server.url("/a"));
     ASSERT_TRUE(waitUntilShowing(tab(), server.url("/a")));
     FindRecorder finds(webKitView(tab()));
 
-    state->findText.set("  needle  ");
+    state->findText.set("  NEEDLE  ");
     state->runFind();
     ASSERT_TRUE(waitUntil([&] { return finds.results.size() == 1; }));
     state->findText.set("thimble");

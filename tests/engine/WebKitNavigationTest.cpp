@@ -1,4 +1,3 @@
-#include "FindRecorder.h"
 #include "WebKitTestFixture.h"
 
 namespace ovel::test {
@@ -230,24 +229,6 @@ TEST_F(WebKitNavigation, CancelledActionLoadsNothing) {
     EXPECT_EQ(page.delegate.count("start"), 1u);
     EXPECT_EQ(server.requestCount("/b"), 0);
     EXPECT_EQ(page.view->url(), server.url("/a"));
-}
-
-TEST_F(WebKitNavigation, ZoomAndFind) {
-    server.serveHtml("/a", titled("Page A", "<p>a needle in a haystack</p>"));
-    auto& page = openPage();
-    page.view->load({server.url("/a")});
-    ASSERT_TRUE(page.waitForOutcomes(1)) << page.events();
-
-    page.view->setPageZoom(1.5);
-    EXPECT_EQ(page.view->pageZoom(), 1.5);
-    EXPECT_EQ(webkit_web_view_get_zoom_level(page.webKitView()), 1.5);
-
-    FindRecorder finds(page.webKitView());
-    page.view->find("NEEDLE");
-    ASSERT_TRUE(waitUntil([&] { return finds.results.size() == 1; }));
-    page.view->find("thimble");
-    ASSERT_TRUE(waitUntil([&] { return finds.results.size() == 2; }));
-    EXPECT_EQ(finds.results, (std::vector<std::string>{"found 1", "not found"}));
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "FreshEngine.h"
 #include "TestPages.h"
-#include "app/AppPaths.h"
 #include "support/GtkTestEnvironment.h"
 #include "support/GtkWait.h"
 #include "support/LoopbackServer.h"
@@ -51,10 +51,7 @@ struct AdaptedPage {
 class WebKitTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto paths = AppPaths::under(environment.configHome(), environment.dataHome(),
-                                           environment.cacheHome());
-        engine = std::make_unique<WebKitEngine>(WebKitEngine::Folders{
-            paths.websiteDataFolder, paths.websiteCacheFolder, paths.contentFiltersFolder});
+        engine = freshEngine(environment);
         window = gtk_window_new();
         gtk_window_set_default_size(GTK_WINDOW(window), 800, 600);
         box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "app/AppPaths.h"
+#include "support/GtkTestEnvironment.h"
+#include "web/webkit/WebKitEngine.h"
+
+#include <memory>
+
+namespace ovel::test {
+
+// An engine whose website data, cache and compiled content filters live in the test's own fresh
+// XDG folders, so nothing cached by an earlier test hides a request.
+inline std::unique_ptr<WebKitEngine> freshEngine(const GtkTestEnvironment& environment) {
+    const auto paths =
+        AppPaths::under(environment.configHome(), environment.dataHome(), environment.cacheHome());
+    return std::make_unique<WebKitEngine>(WebKitEngine::Folders{
+        paths.websiteDataFolder, paths.websiteCacheFolder, paths.contentFiltersFolder});
+}
+
+} // namespace ovel::test
