@@ -69,8 +69,11 @@ void BrowserState::openHome() {
 void BrowserState::refreshStartPagesForTheme() {
     for (const auto& tab : tabs.get()) {
         const auto& address = tab->displayAddress.get();
-        const bool showsStartPage = (address && toLowerAscii(*address) == "ovel://newtab") ||
-                                    !tab->webView().url().has_value();
+        // A start page has no address of its own. An internal page opened over one (settings,
+        // where the theme is chosen) also leaves the web view without one, but it is not the
+        // start page that the user sees, and they stay where they are.
+        const bool showsStartPage =
+            address ? toLowerAscii(*address) == "ovel://newtab" : !tab->webView().url().has_value();
         if (showsStartPage) {
             tab->loadStartPage(theme.get());
         }

@@ -140,5 +140,22 @@ TEST_F(StartPages, AThemeChangeRegeneratesOnlyTabsShowingTheStartPage) {
     EXPECT_EQ(viewAt(0).htmlLoads.back(), startPageHTML(BrowserTheme::Citrus));
 }
 
+TEST_F(StartPages, AThemeChosenOnTheSettingsPageLeavesTheUserThere) {
+    launch();
+    // Settings opened from a new tab: the start page underneath has no URL.
+    state->openURL("ovel://settings");
+    const std::size_t loads = viewAt(0).htmlLoads.size();
+    state->theme.set(BrowserTheme::Ocean);
+    EXPECT_EQ(viewAt(0).htmlLoads.size(), loads);
+    EXPECT_EQ(state->selectedTab()->displayAddress.get(), "ovel://settings");
+    EXPECT_EQ(state->selectedTab()->title.get(), "Settings");
+    EXPECT_EQ(state->addressText.get(), "ovel://settings");
+
+    // Back on the start page, the next theme change shows there.
+    state->openHome();
+    state->theme.set(BrowserTheme::Citrus);
+    EXPECT_EQ(viewAt(0).htmlLoads.back(), startPageHTML(BrowserTheme::Citrus));
+}
+
 } // namespace
 } // namespace ovel::test
