@@ -30,6 +30,31 @@ void compilationDone(GObject* store, GAsyncResult* result, gpointer data) {
     }
 }
 
+// A tab opens the ovel: and chrome: addresses that name its own pages before WebKit sees
+// them; a page's link to any other such address reaches WebKit, which is left to fail it.
+// Answering those addresses here makes that failure immediate and always reported: without a
+// handler, WebKit's own refusal of a scheme it does not know has been seen to leave the load
+// started and never ended.
+void failUnknownInternalAddress(WebKitURISchemeRequest* request, gpointer) {
+    GError* error = g_error_new_literal(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "No such page");
+    webkit_uri_scheme_request_finish_error(request, error);
+    g_error_free(error);
+}
+
+// Web views created with a network session share the default web context, which keeps its
+// handlers for the life of the process.
+void registerInternalSchemesOnce() {
+    static const bool registered = [] {
+        WebKitWebContext* context = webkit_web_context_get_default();
+        for (const char* scheme : {"ovel", "chrome"}) {
+            webkit_web_context_register_uri_scheme(context, scheme, &failUnknownInternalAddress,
+                                                   nullptr, nullptr);
+        }
+        return true;
+    }();
+    static_cast<void>(registered);
+}
+
 } // namespace
 
 WebKitEngine::WebKitEngine(const Folders& folders)
@@ -41,6 +66,7 @@ WebKitEngine::WebKitEngine(const Folders& folders)
             webkit_user_content_filter_store_new(folders.contentFilters.c_str()));
     }
     signals_.connect(session_.get(), "download-started", G_CALLBACK(&onDownloadStarted), this);
+    registerInternalSchemesOnce();
 }
 
 WebKitEngine::~WebKitEngine() = default;
