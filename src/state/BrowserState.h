@@ -171,7 +171,7 @@ private:
     // Unbound tabs for stored records: each loads its address, or the start page.
     TabList tabsFromRecords(const std::vector<TabStore>& records);
     // Every new tab goes through here: content first, then policies, then callbacks.
-    std::shared_ptr<BrowserTab> makeTab(const std::optional<TabStore>& record, bool startPage);
+    std::shared_ptr<BrowserTab> makeTab(const std::optional<TabStore>& record);
     void bind(BrowserTab& tab);
     void cancelTabSubscriptions();
     void addTabAndSelect(std::shared_ptr<BrowserTab> tab);

@@ -10,9 +10,10 @@
 
 namespace ovel {
 
-std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>& record,
-                                                  bool startPage) {
-    auto tab = BrowserTab::create(services_, startPage);
+std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>& record) {
+    // Made without a start page of its own: the page it shows follows at once, and of two loads
+    // asked of a new web view in the same moment WebKit now and then shows the first.
+    auto tab = BrowserTab::create(services_, false);
     std::optional<Url> url;
     if (record) {
         tab->isPinned.set(record->isPinned);
@@ -58,7 +59,7 @@ void BrowserState::setSelectionToTab(const Uuid& id) {
 }
 
 void BrowserState::newTab() {
-    addTabAndSelect(makeTab(std::nullopt, false));
+    addTabAndSelect(makeTab(std::nullopt));
 }
 
 void BrowserState::reopenLastClosedTab() {
@@ -68,7 +69,7 @@ void BrowserState::reopenLastClosedTab() {
     TabStore record = closedTabs_.front();
     closedTabs_.erase(closedTabs_.begin());
     persistClosedTabs();
-    addTabAndSelect(makeTab(record, !record.url.has_value()));
+    addTabAndSelect(makeTab(record));
 }
 
 void BrowserState::closeTab(int index) {
@@ -96,7 +97,7 @@ void BrowserState::duplicateSelectedTab() {
         return;
     }
     // Only the address is copied: no history, no scroll position.
-    addTabAndSelect(makeTab(TabStore{source->webView().url(), source->isPinned.get()}, false));
+    addTabAndSelect(makeTab(TabStore{source->webView().url(), source->isPinned.get()}));
 }
 
 void BrowserState::closeOtherTabs(int keeping) {

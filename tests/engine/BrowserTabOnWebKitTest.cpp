@@ -136,5 +136,18 @@ TEST_F(BrowserTabOnWebKit, ThemeChangeRedrawsOnlyTheStartPages) {
     EXPECT_EQ(pageTab.title.get(), "Page A");
 }
 
+TEST_F(BrowserTabOnWebKit, AnAddressOpenedAsTheTabIsMadeIsTheOneItShows) {
+    // The new tab's start page and the address are asked of a view whose web process has not
+    // started yet; the address is the later request and must be what the tab ends up showing.
+    server.serveHtml("/a", titled("Page A"));
+    state->newTab();
+    state->openURL(server.url("/a"));
+    ASSERT_TRUE(waitUntil([&] { return tab().title.get() == "Page A" && isIdle(tab()); }))
+        << "the tab reads " << tab().title.get();
+    EXPECT_EQ(tab().webView().url(), server.url("/a"));
+    EXPECT_EQ(server.requestCount("/a"), 1);
+    EXPECT_EQ(history(), "Page A " + server.url("/a"));
+}
+
 } // namespace
 } // namespace ovel::test

@@ -84,6 +84,7 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     signals_.connect(view, "notify::title", G_CALLBACK(&onTitleChanged), this);
     signals_.connect(view, "notify::uri", G_CALLBACK(&onUriChanged), this);
     signals_.connect(view, "notify::estimated-load-progress", G_CALLBACK(&onProgressChanged), this);
+    signals_.connect(view, "notify::is-loading", G_CALLBACK(&onLoadingChanged), this);
     signals_.connect(view, "decide-policy", G_CALLBACK(&onDecidePolicy), this);
     signals_.connect(view, "permission-request", G_CALLBACK(&onPermissionRequest), this);
     signals_.connect(view, "web-process-terminated", G_CALLBACK(&onWebProcessTerminated), this);
@@ -94,6 +95,7 @@ WebKitWebViewAdapter::~WebKitWebViewAdapter() {
     signals_.disconnectAll();
     titleTimer_.cancel();
     loadTimer_.cancel();
+    heldLoadTimer_.cancel();
     g_object_set_qdata(G_OBJECT(view_.get()), adapterQuark(), nullptr);
 }
 
@@ -120,22 +122,55 @@ void WebKitWebViewAdapter::adoptDownload(WebKitDownload* download) {
 // Loading
 
 void WebKitWebViewAdapter::load(const LoadRequest& request) {
-    showingTitlelessHTML_ = false;
     requestedUri_ = request.url;
-    // WebKit has no request time-out of its own: a timer from the start of the load stops it.
-    loadTimer_.start(request.timeout, [this] { timedLoadExpired(); });
-    timedLoadPending_ = true;
-    timedLoadRunning_ = false;
-    webkit_web_view_load_uri(view_.get(), request.url.c_str());
+    requestLoad([this, request] {
+        showingTitlelessHTML_ = false;
+        // WebKit has no request time-out of its own: a timer from the start of the load stops it.
+        loadTimer_.start(request.timeout, [this] { timedLoadExpired(); });
+        timedLoadPending_ = true;
+        timedLoadRunning_ = false;
+        webkit_web_view_load_uri(view_.get(), request.url.c_str());
+    });
 }
 
 void WebKitWebViewAdapter::loadHTMLString(std::string_view html) {
-    forgetTimedLoad();
     requestedUri_.reset();
-    // Generated HTML is known in full: without a title element there is no title to wait for.
-    showingTitlelessHTML_ = toLowerAscii(html).find("<title") == std::string::npos;
-    // Without a base URL WebKit shows the page as about:blank, which url() reports as none.
-    webkit_web_view_load_html(view_.get(), std::string(html).c_str(), nullptr);
+    requestLoad([this, html = std::string(html)] {
+        forgetTimedLoad();
+        // Generated HTML is known in full: without a title element there is no title to wait for.
+        showingTitlelessHTML_ = toLowerAscii(html).find("<title") == std::string::npos;
+        // Without a base URL WebKit shows the page as about:blank, which url() reports as none.
+        webkit_web_view_load_html(view_.get(), html.c_str(), nullptr);
+    });
+}
+
+// A new view's web process is launched by its first load. A second load asked for before the
+// first has started can leave WebKit doing neither, with no start and no failure to tell (seen
+// with a new tab's start page followed at once by an address). So the latest request waits
+// until the first load has ended and is handed over then; not as soon as it starts, because a
+// load asked for while another commits makes WebKit report the newer address for the page
+// that commits.
+void WebKitWebViewAdapter::requestLoad(std::function<void()> issue) {
+    if (firstLoadAsked_ && !firstLoadEnded_) {
+        heldLoad_ = std::move(issue);
+        return;
+    }
+    firstLoadAsked_ = true;
+    issue();
+}
+
+void WebKitWebViewAdapter::releaseHeldLoad() {
+    firstLoadEnded_ = true;
+    if (heldLoad_) {
+        // Handed over from the main loop: not from inside WebKit's signal about the first load.
+        heldLoadTimer_.start(std::chrono::milliseconds(0), [this] {
+            auto issue = std::move(heldLoad_);
+            heldLoad_ = nullptr;
+            if (issue) {
+                issue();
+            }
+        });
+    }
 }
 
 void WebKitWebViewAdapter::goBack() {
@@ -157,6 +192,8 @@ void WebKitWebViewAdapter::reload() {
 }
 
 void WebKitWebViewAdapter::stopLoading() {
+    heldLoad_ = nullptr;
+    heldLoadTimer_.cancel();
     forgetTimedLoad();
     webkit_web_view_stop_loading(view_.get());
 }
@@ -296,6 +333,9 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
         } else {
             self->sequencer_.loadFinished(LoadEventSequencer::Title::Pending);
         }
+        if (!self->firstLoadEnded_) {
+            self->releaseHeldLoad();
+        }
         break;
     }
 }
@@ -311,8 +351,20 @@ int WebKitWebViewAdapter::onLoadFailed(WebKitWebView*, int, char*, GError*,
         self->forgetTimedLoad();
     }
     self->sequencer_.loadFailed();
+    if (!self->firstLoadEnded_) {
+        self->releaseHeldLoad();
+    }
     // Handled: WebKit would otherwise replace the page with its own error page.
     return TRUE;
+}
+
+void WebKitWebViewAdapter::onLoadingChanged(WebKitWebView* view, GParamSpec*,
+                                            WebKitWebViewAdapter* self) {
+    // The first load ended without a finish or a failure (dropped before it began): nothing
+    // stands in the way of the held one any more.
+    if (!self->firstLoadEnded_ && self->firstLoadAsked_ && !webkit_web_view_is_loading(view)) {
+        self->releaseHeldLoad();
+    }
 }
 
 void WebKitWebViewAdapter::onTitleChanged(WebKitWebView*, GParamSpec*, WebKitWebViewAdapter* self) {

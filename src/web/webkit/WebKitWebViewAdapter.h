@@ -8,6 +8,7 @@
 #include "web/webkit/PermissionPrompter.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -70,6 +71,7 @@ private:
     static int onLoadFailed(WebKitWebView* view, int event, char* uri, GError* error,
                             WebKitWebViewAdapter* self);
     static void onTitleChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
+    static void onLoadingChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onUriChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onProgressChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static int onDecidePolicy(WebKitWebView* view, WebKitPolicyDecision* decision, int type,
@@ -78,6 +80,10 @@ private:
                                    WebKitWebViewAdapter* self);
     static void onWebProcessTerminated(WebKitWebView* view, int reason, WebKitWebViewAdapter* self);
 
+    // Hands a load to WebKit, or keeps it while the view's first load has not ended.
+    void requestLoad(std::function<void()> issue);
+    // The first load has ended: a load kept meanwhile goes to WebKit.
+    void releaseHeldLoad();
     void noteCommittedUri();
     // The lower-cased host of the page shown; empty when it has none.
     std::string currentHost() const;
@@ -103,6 +109,11 @@ private:
     bool timedLoadRunning_ = false;
     // The last thing asked for was generated HTML without a title element.
     bool showingTitlelessHTML_ = false;
+    bool firstLoadAsked_ = false;
+    bool firstLoadEnded_ = false;
+    // The latest load asked for while the first had not ended.
+    std::function<void()> heldLoad_;
+    GLibTimer heldLoadTimer_;
 };
 
 } // namespace ovel
