@@ -11,8 +11,7 @@
 namespace ovel {
 
 std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>& record) {
-    // Made without a start page of its own: the page it shows follows at once, and of two loads
-    // asked of a new web view in the same moment WebKit now and then shows the first.
+    // Made without a start page of its own: what it shows is loaded below, once.
     auto tab = BrowserTab::create(services_, false);
     std::optional<Url> url;
     if (record) {

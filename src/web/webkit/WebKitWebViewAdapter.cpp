@@ -160,6 +160,9 @@ void WebKitWebViewAdapter::requestLoad(std::function<void()> issue) {
 }
 
 void WebKitWebViewAdapter::releaseHeldLoad() {
+    if (!firstLoadAsked_ || firstLoadEnded_) {
+        return;
+    }
     firstLoadEnded_ = true;
     if (heldLoad_) {
         // Handed over from the main loop: not from inside WebKit's signal about the first load.
@@ -333,9 +336,7 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
         } else {
             self->sequencer_.loadFinished(LoadEventSequencer::Title::Pending);
         }
-        if (!self->firstLoadEnded_) {
-            self->releaseHeldLoad();
-        }
+        self->releaseHeldLoad();
         break;
     }
 }
@@ -351,9 +352,7 @@ int WebKitWebViewAdapter::onLoadFailed(WebKitWebView*, int, char*, GError*,
         self->forgetTimedLoad();
     }
     self->sequencer_.loadFailed();
-    if (!self->firstLoadEnded_) {
-        self->releaseHeldLoad();
-    }
+    self->releaseHeldLoad();
     // Handled: WebKit would otherwise replace the page with its own error page.
     return TRUE;
 }
@@ -362,7 +361,7 @@ void WebKitWebViewAdapter::onLoadingChanged(WebKitWebView* view, GParamSpec*,
                                             WebKitWebViewAdapter* self) {
     // The first load ended without a finish or a failure (dropped before it began): nothing
     // stands in the way of the held one any more.
-    if (!self->firstLoadEnded_ && self->firstLoadAsked_ && !webkit_web_view_is_loading(view)) {
+    if (!webkit_web_view_is_loading(view)) {
         self->releaseHeldLoad();
     }
 }

@@ -82,7 +82,7 @@ private:
 
     // Hands a load to WebKit, or keeps it while the view's first load has not ended.
     void requestLoad(std::function<void()> issue);
-    // The first load has ended: a load kept meanwhile goes to WebKit.
+    // Called at every end of a load: the first one to end hands a kept load to WebKit.
     void releaseHeldLoad();
     void noteCommittedUri();
     // The lower-cased host of the page shown; empty when it has none.
