@@ -140,6 +140,17 @@ protected:
         return waitUntil([&] { return !log.empty() && log.back() == "loaded"; });
     }
 
+    // Opens `url` in the selected tab and waits for its load; the log is empty afterwards.
+    bool openAndWait(const std::string& url) {
+        state->openURL(url);
+        const bool loaded = waitUntilLoaded();
+        const std::string events = takeLog();
+        if (!loaded) {
+            ADD_FAILURE() << url << " did not load: " << events;
+        }
+        return loaded;
+    }
+
     std::string history() const {
         std::string text;
         for (const auto& entry : state->historyEntries.get()) {

@@ -53,9 +53,7 @@ TEST_F(BrowserTabOnWebKit, LateTitlesReachTheTabAndHistory) {
 TEST_F(BrowserTabOnWebKit, FailedLoadsOnlyStopTheLoading) {
     server.serveHtml("/a", titled("Page A"));
     server.serveNothing("/never");
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-    takeLog();
+    ASSERT_TRUE(openAndWait(server.url("/a")));
 
     state->openURL("http://127.0.0.1:" + std::to_string(LoopbackServer::closedPort()) + "/");
     ASSERT_TRUE(waitUntilLoaded()) << takeLog();
@@ -74,9 +72,7 @@ TEST_F(BrowserTabOnWebKit, FailedLoadsOnlyStopTheLoading) {
 TEST_F(BrowserTabOnWebKit, TabIsReloadableAfterItsWebProcessEnds) {
     server.serveHtml("/a", titled("Page A"));
     server.serveNothing("/never");
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-    takeLog();
+    ASSERT_TRUE(openAndWait(server.url("/a")));
 
     // Killed while loading: the load fails and the tab keeps its page.
     tab().webView().load({server.url("/never")});

@@ -115,8 +115,7 @@ TEST_F(DownloadsOnWebKit, AttachmentIsSavedAndASecondCopyIsNumbered) {
         soup_server_message_set_response(message, "text/plain", SOUP_MEMORY_COPY, body.data(),
                                          body.size());
     });
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+    ASSERT_TRUE(openAndWait(server.url("/a")));
 
     state->openURL(server.url("/get"));
     ASSERT_TRUE(waitForDownloadEnd(1)) << joined(entries);
@@ -161,8 +160,7 @@ TEST_F(DownloadsOnWebKit, TransferBrokenOffEndsFailedWithTheEnginesMessage) {
         }),
         &engineMessage);
     server.serveBrokenBody("/cut.bin", "application/octet-stream", std::string(5000, 'x'), 1000000);
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+    ASSERT_TRUE(openAndWait(server.url("/a")));
 
     state->openURL(server.url("/cut.bin"));
     ASSERT_TRUE(waitForDownloadEnd(1)) << joined(entries);
@@ -214,8 +212,7 @@ TEST_F(DownloadsOnWebKit, HostileNamesLandInsideTheDownloadsFolder) {
     std::ofstream(downloads / safeDownloadFileName(longName)) << "kept: long";
     LoopbackRawServer byPath("application/octet-stream", "sent by path");
 
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+    ASSERT_TRUE(openAndWait(server.url("/a")));
     const fs::path home = environment.home();
     std::size_t count = 0;
     for (const auto& c : cases) {

@@ -9,9 +9,7 @@ using RoutesOnWebKit = BrowserOnWebKit;
 TEST_F(RoutesOnWebKit, PageLinksToInternalAddresses) {
     server.serveHtml("/a", titled("Page A", "<a id=settings href='ovel://settings'>Settings</a>"
                                             "<a id=history href='chrome://history'>History</a>"));
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-    takeLog();
+    ASSERT_TRUE(openAndWait(server.url("/a")));
 
     // An ovel:// address that names no page is left to WebKit, which cannot load it.
     runScript(webKitView(tab()), "location.href = 'ovel://nowhere';");

@@ -6,6 +6,12 @@
 namespace ovel::test {
 namespace {
 
+// A suggested download name and the destination it must get.
+struct NameCase {
+    std::string suggested;
+    std::string expected;
+};
+
 class DownloadNaming : public ::testing::Test {
 protected:
     std::string unique(std::string_view suggested) {
@@ -29,11 +35,7 @@ TEST_F(DownloadNaming, NumbersGoBeforeTheLastExtension) {
 
 TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
     const std::string longName(300, 'x');
-    struct Case {
-        std::string suggested;
-        std::string expected;
-    };
-    const Case cases[] = {
+    const NameCase cases[] = {
         {"..", "/dl/download"},
         {"a/../..", "/dl/download"},
         {"/etc/passwd", "/dl/passwd"},
@@ -44,7 +46,7 @@ TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
         {longName + ".pdf", "/dl/" + std::string(maxDownloadFileNameBytes - 4, 'x') + ".pdf"},
         {" . ", "/dl/download"},
     };
-    for (const Case& c : cases) {
+    for (const NameCase& c : cases) {
         EXPECT_EQ(unique(c.suggested), c.expected) << c.suggested;
     }
     taken = {"/dl/" + std::string(maxDownloadFileNameBytes - 4, 'x') + ".pdf"};
@@ -65,18 +67,14 @@ TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
 TEST_F(DownloadNaming, CuttingStrayBytesStillLeavesAName) {
     // Continuation bytes with no first byte are invalid UTF-8; the cap cuts them where it falls.
     const std::string stray(300, '\x80');
-    struct Case {
-        std::string suggested;
-        std::string expected;
-    };
-    const Case cases[] = {
+    const NameCase cases[] = {
         {stray, "/dl/" + std::string(maxDownloadFileNameBytes, '\x80')},
         {"." + stray, "/dl/." + std::string(maxDownloadFileNameBytes - 1, '\x80')},
         {".." + stray, "/dl/.." + std::string(maxDownloadFileNameBytes - 2, '\x80')},
         {stray + ".pdf", "/dl/" + std::string(maxDownloadFileNameBytes - 4, '\x80') + ".pdf"},
         {std::string(300, '.') + std::string(40, 'x'), "/dl/download"},
     };
-    for (const Case& c : cases) {
+    for (const NameCase& c : cases) {
         EXPECT_EQ(unique(c.suggested), c.expected) << c.suggested.substr(0, 3);
     }
 }
