@@ -2,7 +2,7 @@
 // settings file, as the browser does on every tab operation and every recorded visit.
 
 #include "app/SqliteSettingsStore.h"
-#include "state/RecordsJson.h"
+#include "records/RecordsJson.h"
 
 #include <benchmark/benchmark.h>
 

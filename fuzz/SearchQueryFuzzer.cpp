@@ -1,5 +1,5 @@
 #include "FuzzCheck.h"
-#include "state/Records.h"
+#include "records/Records.h"
 #include "web/AddressResolution.h"
 
 #include <cstddef>

@@ -1,5 +1,5 @@
 #include "RoundTrip.h"
-#include "state/RecordsJson.h"
+#include "records/RecordsJson.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     ovel::fuzz::checkRoundTrip(data, size, ovel::decodeWorkspaceSnapshots,

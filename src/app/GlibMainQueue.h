@@ -1,6 +1,6 @@
 #pragma once
 
-#include "state/MainQueue.h"
+#include "web/MainQueue.h"
 
 namespace ovel {
 

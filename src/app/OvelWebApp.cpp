@@ -1,7 +1,7 @@
 #include "app/OvelWebApp.h"
 
 #include "app/AppPaths.h"
-#include "app/BrowserWindow.h"
+#include "chrome/BrowserWindow.h"
 #include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
 #include "app/GlibUuidSource.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "state/SettingsStore.h"
+#include "records/SettingsStore.h"
 
 #include <filesystem>
 #include <memory>

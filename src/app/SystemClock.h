@@ -1,6 +1,6 @@
 #pragma once
 
-#include "state/Clock.h"
+#include "web/Clock.h"
 
 namespace ovel {
 

@@ -1,9 +1,9 @@
 #include "state/BrowserState.h"
 
-#include "state/MainQueue.h"
-#include "state/RecordsJson.h"
-#include "state/SettingsStore.h"
-#include "state/UuidSource.h"
+#include "web/MainQueue.h"
+#include "records/RecordsJson.h"
+#include "records/SettingsStore.h"
+#include "web/UuidSource.h"
 #include "web/BrowserTab.h"
 #include "web/ContentPolicies.h"
 #include "web/WebEngine.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "state/Published.h"
-#include "state/Records.h"
+#include "web/Published.h"
+#include "records/Records.h"
 #include "web/BrowserServices.h"
 #include "web/WebView.h"
 

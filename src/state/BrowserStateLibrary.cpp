@@ -2,8 +2,8 @@
 
 #include "state/BrowserState.h"
 
-#include "state/Clock.h"
-#include "state/UuidSource.h"
+#include "web/Clock.h"
+#include "web/UuidSource.h"
 #include "web/BrowserTab.h"
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 
 #include "state/BrowserState.h"
 
-#include "state/Clock.h"
-#include "state/Desktop.h"
+#include "web/Clock.h"
+#include "web/Desktop.h"
 #include "web/BrowserTab.h"
 #include "web/ContentPolicies.h"
 #include "web/WebEngine.h"

@@ -3,8 +3,8 @@
 
 #include "state/BrowserState.h"
 
-#include "state/SettingsStore.h"
-#include "state/UuidSource.h"
+#include "records/SettingsStore.h"
+#include "web/UuidSource.h"
 #include "web/Url.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "web/BrowserTab.h"
 
-#include "state/Desktop.h"
-#include "state/MainQueue.h"
-#include "state/UuidSource.h"
+#include "web/Desktop.h"
+#include "web/MainQueue.h"
+#include "web/UuidSource.h"
 #include "web/DownloadNaming.h"
 #include "web/StartPage.h"
 #include "web/WebEngine.h"

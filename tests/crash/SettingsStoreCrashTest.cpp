@@ -1,5 +1,5 @@
 #include "app/SqliteSettingsStore.h"
-#include "state/RecordsJson.h"
+#include "records/RecordsJson.h"
 #include "support/StoreWriterRecords.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "state/BrowserState.h"
-#include "state/RecordsJson.h"
+#include "records/RecordsJson.h"
 #include "support/LoopbackServer.h"
 #include "support/ProcessBrowser.h"
 

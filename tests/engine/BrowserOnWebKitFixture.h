@@ -4,7 +4,7 @@
 #include "TestPages.h"
 #include "app/GlibMainQueue.h"
 #include "state/BrowserState.h"
-#include "state/MemorySettingsStore.h"
+#include "records/MemorySettingsStore.h"
 #include "support/FakeClock.h"
 #include "support/FolderDesktop.h"
 #include "support/GtkTestEnvironment.h"

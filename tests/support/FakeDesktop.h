@@ -1,6 +1,6 @@
 #pragma once
 
-#include "state/Desktop.h"
+#include "web/Desktop.h"
 
 #include <optional>
 #include <set>

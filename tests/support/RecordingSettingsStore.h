@@ -1,6 +1,6 @@
 #pragma once
 
-#include "state/MemorySettingsStore.h"
+#include "records/MemorySettingsStore.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "state/UuidSource.h"
+#include "web/UuidSource.h"
 
 #include <cstdio>
 

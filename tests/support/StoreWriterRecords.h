@@ -1,7 +1,7 @@
 #pragma once
 
 #include "state/BrowserState.h"
-#include "state/Records.h"
+#include "records/Records.h"
 
 #include <cstdio>
 #include <string>

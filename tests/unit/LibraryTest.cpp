@@ -1,6 +1,6 @@
 // Bookmarks, history, workspace snapshots and profiles of BrowserState.
 
-#include "state/RecordsJson.h"
+#include "records/RecordsJson.h"
 #include "support/BrowserFixture.h"
 
 namespace ovel::test {

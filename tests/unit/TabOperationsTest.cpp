@@ -1,4 +1,4 @@
-#include "state/RecordsJson.h"
+#include "records/RecordsJson.h"
 #include "support/BrowserFixture.h"
 #include "web/StartPage.h"
 

@@ -1,6 +1,6 @@
 #include "web/webkit/FaviconDecoder.h"
 
-#include "web/webkit/GObjectRef.h"
+#include "gutil/GObjectRef.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "web/FaviconFetcher.h"
-#include "web/webkit/GObjectRef.h"
+#include "gutil/GObjectRef.h"
 
 #include <optional>
 #include <string>

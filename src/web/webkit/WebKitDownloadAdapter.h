@@ -1,8 +1,8 @@
 #pragma once
 
 #include "web/Download.h"
-#include "web/webkit/GObjectRef.h"
-#include "web/webkit/GSignalConnections.h"
+#include "gutil/GObjectRef.h"
+#include "gutil/GSignalConnections.h"
 
 #include <memory>
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "web/webkit/GObjectRef.h"
+#include "gutil/GObjectRef.h"
 
 typedef struct _WebKitPermissionRequest WebKitPermissionRequest;
 

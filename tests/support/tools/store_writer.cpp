@@ -4,7 +4,7 @@
 // It continues from the sequence number of the session it finds in the file.
 
 #include "app/SqliteSettingsStore.h"
-#include "state/RecordsJson.h"
+#include "records/RecordsJson.h"
 #include "support/StoreWriterRecords.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "state/RecordsJson.h"
+#include "records/RecordsJson.h"
 
 #include <nlohmann/json.hpp>
 

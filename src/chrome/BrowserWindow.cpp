@@ -1,4 +1,4 @@
-#include "app/BrowserWindow.h"
+#include "chrome/BrowserWindow.h"
 
 #include "state/BrowserState.h"
 

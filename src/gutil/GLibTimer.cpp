@@ -1,4 +1,4 @@
-#include "web/webkit/GLibTimer.h"
+#include "gutil/GLibTimer.h"
 
 #include <glib.h>
 

@@ -1,4 +1,4 @@
-#include "web/webkit/GSignalConnections.h"
+#include "gutil/GSignalConnections.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "state/MemorySettingsStore.h"
+#include "records/MemorySettingsStore.h"
 
 namespace ovel {
 

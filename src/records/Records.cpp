@@ -1,4 +1,4 @@
-#include "state/Records.h"
+#include "records/Records.h"
 
 #include <cctype>
 

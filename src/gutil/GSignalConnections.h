@@ -1,6 +1,6 @@
 #pragma once
 
-#include "web/webkit/GObjectRef.h"
+#include "gutil/GObjectRef.h"
 
 #include <glib-object.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "state/Records.h"
+#include "records/Records.h"
 
 namespace ovel {
 
