@@ -1,13 +1,13 @@
 #include "app/OvelWebApp.h"
 
 #include "app/AppPaths.h"
-#include "chrome/BrowserWindow.h"
 #include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
 #include "app/GlibUuidSource.h"
 #include "app/SqliteSettingsStore.h"
 #include "app/StartupProbe.h"
 #include "app/SystemClock.h"
+#include "chrome/BrowserWindow.h"
 #include "chrome/PermissionPromptDialog.h"
 #include "state/BrowserState.h"
 #include "web/BrowserTab.h"
@@ -27,23 +27,29 @@ namespace {
 std::string_view requestText(const std::variant<MediaCaptureType, SitePermissionKind>& kind) {
     if (const auto* media = std::get_if<MediaCaptureType>(&kind)) {
         switch (*media) {
-        case MediaCaptureType::Camera: return "use your camera";
-        case MediaCaptureType::Microphone: return "use your microphone";
-        case MediaCaptureType::CameraAndMicrophone: return "use your camera and microphone";
-        case MediaCaptureType::Other: return "capture your screen or devices";
+        case MediaCaptureType::Camera:
+            return "use your camera";
+        case MediaCaptureType::Microphone:
+            return "use your microphone";
+        case MediaCaptureType::CameraAndMicrophone:
+            return "use your camera and microphone";
+        case MediaCaptureType::Other:
+            return "capture your screen or devices";
         }
     }
     switch (std::get<SitePermissionKind>(kind)) {
-    case SitePermissionKind::Location: return "know your location";
-    case SitePermissionKind::Notifications: return "show notifications";
+    case SitePermissionKind::Location:
+        return "know your location";
+    case SitePermissionKind::Notifications:
+        return "show notifications";
     }
     return "use a device";
 }
 
 void askUser(const PermissionQuestion& question, PermissionAnswer answer) {
     GtkRoot* root = question.webView != nullptr ? gtk_widget_get_root(question.webView) : nullptr;
-    PermissionPromptDialog::present(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr,
-                                    question.host, requestText(question.kind), std::move(answer));
+    PermissionPromptDialog::present(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr, question.host,
+                                    requestText(question.kind), std::move(answer));
 }
 
 } // namespace
@@ -117,7 +123,7 @@ void OvelWebApp::activate() {
         return;
     }
     parts_->window =
-        std::make_unique<BrowserWindow>(application_, *parts_->state, [](BrowserTab& tab) {
+        std::make_unique<BrowserWindow>(application_, *parts_->state, [](const BrowserTab& tab) {
             return WebKitWebViewAdapter::widgetOf(tab.webView());
         });
     g_signal_connect_swapped(parts_->window->window(), "destroy",

@@ -18,7 +18,7 @@ std::unique_ptr<StartupProbe> StartupProbe::fromEnvironment(BrowserState& state,
 
 StartupProbe::StartupProbe(BrowserState& state, GtkWindow* window, GApplication* application)
     : state_(state), window_(window), application_(application) {
-    connection_ = state_.changed.connect([this] { check(); });
+    connection_ = state_.tabChanged.connect([this](const BrowserTab&, TabFields) { check(); });
     check();
 }
 

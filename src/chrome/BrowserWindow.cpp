@@ -34,15 +34,15 @@ BrowserWindow::BrowserWindow(GtkApplication* application, BrowserState& state,
                          window->state_.openURL(gtk_editable_get_text(GTK_EDITABLE(entry)));
                      }),
                      this);
-    auto showAddress = [this] {
-        gtk_editable_set_text(GTK_EDITABLE(addressEntry_), state_.addressText.get().c_str());
+    auto showAddress = [this](const std::string& text) {
+        gtk_editable_set_text(GTK_EDITABLE(addressEntry_), text.c_str());
     };
-    addressConnection_ = state_.addressText.changed().connect(showAddress);
-    showAddress();
+    connections_.add(state_.addressText.changed().connect(showAddress));
+    showAddress(state_.addressText.get());
 }
 
 BrowserWindow::~BrowserWindow() {
-    addressConnection_.disconnect();
+    connections_.disconnectAll();
     g_signal_handlers_disconnect_by_data(addressEntry_, this);
     webContainer_.reset();
     g_object_unref(addressEntry_);

@@ -2,8 +2,9 @@
 
 #include "chrome/WebContainer.h"
 
+#include "web/Connections.h"
+
 #include <gtk/gtk.h>
-#include <sigc++/connection.h>
 
 #include <memory>
 
@@ -30,7 +31,7 @@ private:
     GtkWindow* window_;
     GtkEntry* addressEntry_;
     std::unique_ptr<WebContainer> webContainer_;
-    sigc::connection addressConnection_;
+    Connections connections_;
 };
 
 } // namespace ovel

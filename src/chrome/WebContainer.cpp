@@ -12,15 +12,18 @@ WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver)
     gtk_widget_set_hexpand(root_, TRUE);
     gtk_widget_set_vexpand(root_, TRUE);
     gtk_widget_set_overflow(root_, GTK_OVERFLOW_HIDDEN);
-    connections_.push_back(state_.tabs.changed().connect([this] { showSelectedTab(); }));
-    connections_.push_back(state_.selectedIndex.changed().connect([this] { showSelectedTab(); }));
+    // Only a change of the selected tab swaps the page: a tab closed or moved elsewhere in the
+    // strip leaves the page on show alone.
+    connections_.add(state_.selectionChanged.connect([this](const SelectionChange& change) {
+        if (change.newTab != change.oldTab) {
+            showSelectedTab();
+        }
+    }));
     showSelectedTab();
 }
 
 WebContainer::~WebContainer() {
-    for (sigc::connection& connection : connections_) {
-        connection.disconnect();
-    }
+    connections_.disconnectAll();
     show(nullptr);
     g_object_unref(root_);
 }

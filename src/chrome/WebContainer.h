@@ -1,10 +1,10 @@
 #pragma once
 
+#include "web/Connections.h"
+
 #include <gtk/gtk.h>
-#include <sigc++/connection.h>
 
 #include <functional>
-#include <vector>
 
 namespace ovel {
 
@@ -16,7 +16,7 @@ class BrowserTab;
 // and out, never re-created, so a tab selected again shows its page as it was left.
 class WebContainer {
 public:
-    using WidgetResolver = std::function<GtkWidget*(BrowserTab&)>;
+    using WidgetResolver = std::function<GtkWidget*(const BrowserTab&)>;
 
     WebContainer(BrowserState& state, WidgetResolver resolver);
     ~WebContainer();
@@ -36,7 +36,7 @@ private:
     WidgetResolver resolver_;
     GtkWidget* root_;
     GtkWidget* shown_ = nullptr;
-    std::vector<sigc::connection> connections_;
+    Connections connections_;
 };
 
 } // namespace ovel
