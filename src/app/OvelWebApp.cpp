@@ -68,38 +68,38 @@ struct OvelWebApp::Parts {
     GioDesktop desktop;
     std::shared_ptr<BrowserState> state;
     std::unique_ptr<BrowserWindow> window;
+    GSignalConnections windowSignals;
     std::unique_ptr<StartupProbe> startupProbe;
 };
 
 OvelWebApp::OvelWebApp()
-    : application_(gtk_application_new(applicationID, G_APPLICATION_DEFAULT_FLAGS)) {
-    g_signal_connect_swapped(application_, "startup",
-                             G_CALLBACK(+[](OvelWebApp* app) { app->startup(); }), this);
-    g_signal_connect_swapped(application_, "activate",
-                             G_CALLBACK(+[](OvelWebApp* app) { app->activate(); }), this);
-    g_signal_connect_swapped(application_, "shutdown",
-                             G_CALLBACK(+[](OvelWebApp* app) { app->shutdown(); }), this);
+    : application_(GObjectRef<GtkApplication>::adopt(
+          gtk_application_new(applicationID, G_APPLICATION_DEFAULT_FLAGS))) {
+    signals_.connect(application_.get(), "startup", [this](GApplication*) { startup(); });
+    signals_.connect(application_.get(), "activate", [this](GApplication*) { activate(); });
+    signals_.connect(application_.get(), "shutdown", [this](GApplication*) { shutdown(); });
 }
 
 OvelWebApp::~OvelWebApp() {
-    g_signal_handlers_disconnect_by_data(application_, this);
+    signals_.disconnectAll();
     parts_.reset();
-    g_object_unref(application_);
 }
 
 int OvelWebApp::run(int argc, char** argv) {
-    return g_application_run(G_APPLICATION(application_), argc, argv);
+    return g_application_run(G_APPLICATION(application_.get()), argc, argv);
 }
 
 void OvelWebApp::startup() {
     // "app.quit" (Ctrl+Q, and the session asking over D-Bus) and SIGTERM/SIGINT end the run
     // through the main loop, so every window and web view is torn down in order.
-    GSimpleAction* quit = g_simple_action_new("quit", nullptr);
-    g_signal_connect_swapped(quit, "activate", G_CALLBACK(g_application_quit), application_);
-    g_action_map_add_action(G_ACTION_MAP(application_), G_ACTION(quit));
-    g_object_unref(quit);
+    GtkApplication* application = application_.get();
+    auto quit = GObjectRef<GSimpleAction>::adopt(g_simple_action_new("quit", nullptr));
+    signals_.connect(quit.get(), "activate", [application](GSimpleAction*, GVariant*) {
+        g_application_quit(G_APPLICATION(application));
+    });
+    g_action_map_add_action(G_ACTION_MAP(application), G_ACTION(quit.get()));
     const char* quitAccels[] = {"<Control>q", nullptr};
-    gtk_application_set_accels_for_action(application_, "app.quit", quitAccels);
+    gtk_application_set_accels_for_action(application, "app.quit", quitAccels);
     for (int signalNumber : {SIGTERM, SIGINT}) {
         g_unix_signal_add(
             signalNumber,
@@ -107,7 +107,7 @@ void OvelWebApp::startup() {
                 g_application_quit(G_APPLICATION(application));
                 return G_SOURCE_CONTINUE;
             },
-            application_);
+            application);
     }
 
     parts_ = std::make_unique<Parts>();
@@ -122,15 +122,14 @@ void OvelWebApp::activate() {
         gtk_window_present(parts_->window->window());
         return;
     }
-    parts_->window =
-        std::make_unique<BrowserWindow>(application_, *parts_->state, [](const BrowserTab& tab) {
-            return WebKitWebViewAdapter::widgetOf(tab.webView());
-        });
-    g_signal_connect_swapped(parts_->window->window(), "destroy",
-                             G_CALLBACK(+[](Parts* parts) { parts->window.reset(); }),
-                             parts_.get());
+    parts_->window = std::make_unique<BrowserWindow>(
+        application_.get(), *parts_->state,
+        [](const BrowserTab& tab) { return WebKitWebViewAdapter::widgetOf(tab.webView()); });
+    Parts* parts = parts_.get();
+    parts_->windowSignals.connect(parts_->window->window(), "destroy",
+                                  [parts](GtkWidget*) { parts->window.reset(); });
     parts_->startupProbe = StartupProbe::fromEnvironment(*parts_->state, parts_->window->window(),
-                                                         G_APPLICATION(application_));
+                                                         G_APPLICATION(application_.get()));
     gtk_window_present(parts_->window->window());
 }
 

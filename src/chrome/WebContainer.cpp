@@ -7,11 +7,11 @@ namespace ovel {
 
 WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver)
     : state_(state), resolver_(std::move(resolver)),
-      root_(GTK_WIDGET(g_object_ref_sink(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0)))) {
-    gtk_widget_add_css_class(root_, "web-container");
-    gtk_widget_set_hexpand(root_, TRUE);
-    gtk_widget_set_vexpand(root_, TRUE);
-    gtk_widget_set_overflow(root_, GTK_OVERFLOW_HIDDEN);
+      root_(GObjectRef<GtkWidget>::retain(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))) {
+    gtk_widget_add_css_class(widget(), "web-container");
+    gtk_widget_set_hexpand(widget(), TRUE);
+    gtk_widget_set_vexpand(widget(), TRUE);
+    gtk_widget_set_overflow(widget(), GTK_OVERFLOW_HIDDEN);
     // Only a change of the selected tab swaps the page: a tab closed or moved elsewhere in the
     // strip leaves the page on show alone.
     connections_.add(state_.selectionChanged.connect([this](const SelectionChange& change) {
@@ -25,7 +25,6 @@ WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver)
 WebContainer::~WebContainer() {
     connections_.disconnectAll();
     show(nullptr);
-    g_object_unref(root_);
 }
 
 void WebContainer::showSelectedTab() {
@@ -34,20 +33,18 @@ void WebContainer::showSelectedTab() {
 }
 
 void WebContainer::show(GtkWidget* page) {
-    if (page == shown_) {
+    if (page == shown_.get()) {
         return;
     }
-    if (shown_ != nullptr) {
+    if (shown_) {
         // Our own reference keeps a closed tab's view valid until it is taken out here.
-        gtk_box_remove(GTK_BOX(root_), shown_);
-        g_object_unref(shown_);
+        gtk_box_remove(GTK_BOX(widget()), shown_.get());
     }
-    shown_ = page;
-    if (shown_ != nullptr) {
-        g_object_ref(shown_);
-        gtk_widget_set_hexpand(shown_, TRUE);
-        gtk_widget_set_vexpand(shown_, TRUE);
-        gtk_box_append(GTK_BOX(root_), shown_);
+    shown_ = GObjectRef<GtkWidget>::retain(page);
+    if (shown_) {
+        gtk_widget_set_hexpand(page, TRUE);
+        gtk_widget_set_vexpand(page, TRUE);
+        gtk_box_append(GTK_BOX(widget()), page);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "gutil/GObjectRef.h"
 #include "web/Connections.h"
 
 #include <gtk/gtk.h>
@@ -24,9 +25,9 @@ public:
     WebContainer(const WebContainer&) = delete;
     WebContainer& operator=(const WebContainer&) = delete;
 
-    GtkWidget* widget() const { return root_; }
+    GtkWidget* widget() const { return root_.get(); }
     // The page widget on show, or null.
-    GtkWidget* shownPage() const { return shown_; }
+    GtkWidget* shownPage() const { return shown_.get(); }
 
 private:
     void showSelectedTab();
@@ -34,8 +35,8 @@ private:
 
     BrowserState& state_;
     WidgetResolver resolver_;
-    GtkWidget* root_;
-    GtkWidget* shown_ = nullptr;
+    GObjectRef<GtkWidget> root_;
+    GObjectRef<GtkWidget> shown_;
     Connections connections_;
 };
 
