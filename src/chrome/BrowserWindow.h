@@ -2,6 +2,8 @@
 
 #include "chrome/WebContainer.h"
 
+#include "gutil/GObjectRef.h"
+#include "gutil/GSignalConnections.h"
 #include "web/Connections.h"
 
 #include <gtk/gtk.h>
@@ -22,16 +24,17 @@ public:
     BrowserWindow(const BrowserWindow&) = delete;
     BrowserWindow& operator=(const BrowserWindow&) = delete;
 
-    GtkWindow* window() const { return window_; }
-    GtkEntry* addressEntry() const { return addressEntry_; }
+    GtkWindow* window() const { return window_.get(); }
+    GtkEntry* addressEntry() const { return addressEntry_.get(); }
     const WebContainer& webContainer() const { return *webContainer_; }
 
 private:
     BrowserState& state_;
-    GtkWindow* window_;
-    GtkEntry* addressEntry_;
+    GObjectRef<GtkWindow> window_;
+    GObjectRef<GtkEntry> addressEntry_;
     std::unique_ptr<WebContainer> webContainer_;
     Connections connections_;
+    GSignalConnections signals_;
 };
 
 } // namespace ovel
