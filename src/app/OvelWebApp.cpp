@@ -74,9 +74,19 @@ struct OvelWebApp::Parts {
 
 OvelWebApp::OvelWebApp()
     : application_(GObjectRef<GtkApplication>::adopt(
-          gtk_application_new(applicationID, G_APPLICATION_DEFAULT_FLAGS))) {
+          gtk_application_new(applicationID, G_APPLICATION_HANDLES_OPEN))) {
     signals_.connect(application_.get(), "startup", [this](GApplication*) { startup(); });
     signals_.connect(application_.get(), "activate", [this](GApplication*) { activate(); });
+    // Links and files given on the command line, to this process or to a second one that hands
+    // them over to the running browser: each opens in a new tab, after the restored session.
+    signals_.connect(application_.get(), "open",
+                     [this](GApplication*, GFile** files, int count, const char*) {
+                         for (int i = 0; i < count; ++i) {
+                             g_autofree char* uri = g_file_get_uri(files[i]);
+                             parts_->state->openInNewTab(uri);
+                         }
+                         activate();
+                     });
     signals_.connect(application_.get(), "shutdown", [this](GApplication*) { shutdown(); });
 }
 

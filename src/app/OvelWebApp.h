@@ -10,7 +10,8 @@
 namespace ovel {
 
 // The application: owns the platform services, the one BrowserState and the one window.
-// A second launch while one runs presents the running window.
+// A second launch while one runs presents the running window, or opens the links it was given
+// in new tabs of it.
 class OvelWebApp {
 public:
     static constexpr const char* applicationID = "org.ovel.Web";

@@ -159,6 +159,9 @@ public:
     void clearHistory();
 
     // Addresses.
+    // Opens `address` (an absolute URL) in a new tab at the end of the strip and selects it: a
+    // link handed to the browser from outside.
+    void openInNewTab(std::string_view address);
     void setAddressText(std::string_view text);
     void openURL(std::string_view text);
     void openHome();

@@ -16,6 +16,13 @@ constexpr double maximumZoom = 2.0;
 
 } // namespace
 
+void BrowserState::openInNewTab(std::string_view address) {
+    auto group = operation();
+    if (auto url = Url::parse(address)) {
+        addTabAndSelect(makeTab(TabStore{url->absoluteString(), false}));
+    }
+}
+
 void BrowserState::setAddressText(std::string_view text) {
     auto group = operation();
     addressText.set(std::string(text));

@@ -46,7 +46,7 @@ ProcessBrowser::~ProcessBrowser() {
     std::filesystem::remove_all(root_, ignored);
 }
 
-bool ProcessBrowser::launch() {
+std::vector<std::string> ProcessBrowser::environment() const {
     std::vector<std::string> environment;
     for (char** entry = g_get_environ(); entry && *entry; ++entry) {
         environment.emplace_back(*entry);
@@ -63,12 +63,41 @@ bool ProcessBrowser::launch() {
     setVariable("XDG_DATA_HOME", root_ + "/data");
     setVariable("XDG_CACHE_HOME", root_ + "/cache");
     setVariable("DBUS_SESSION_BUS_ADDRESS", g_test_dbus_get_bus_address(bus_));
+    return environment;
+}
 
-    std::vector<char*> envp;
-    for (std::string& entry : environment) {
-        envp.push_back(entry.data());
+namespace {
+
+// argv or envp for g_spawn: pointers into `strings`, ended by null.
+std::vector<char*> spawnList(std::vector<std::string>& strings) {
+    std::vector<char*> list;
+    for (std::string& entry : strings) {
+        list.push_back(entry.data());
     }
-    envp.push_back(nullptr);
+    list.push_back(nullptr);
+    return list;
+}
+
+} // namespace
+
+std::optional<int> ProcessBrowser::runAgain(const std::vector<std::string>& arguments) {
+    std::vector<std::string> environment = this->environment();
+    std::vector<std::string> command{OVEL_WEB_BINARY};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    std::vector<char*> envp = spawnList(environment);
+    std::vector<char*> argv = spawnList(command);
+    int status = 0;
+    g_autoptr(GError) error = nullptr;
+    if (!g_spawn_sync(nullptr, argv.data(), envp.data(), G_SPAWN_DEFAULT, nullptr, nullptr, nullptr,
+                      nullptr, &status, &error)) {
+        return std::nullopt;
+    }
+    return g_spawn_check_wait_status(status, nullptr) ? 0 : status;
+}
+
+bool ProcessBrowser::launch() {
+    std::vector<std::string> environment = this->environment();
+    std::vector<char*> envp = spawnList(environment);
     std::string binary = OVEL_WEB_BINARY;
     char* argv[] = {binary.data(), nullptr};
     g_autoptr(GError) error = nullptr;

@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ovel::test {
 
@@ -26,6 +27,9 @@ public:
 
     // Starts build/ovel-web; false when it could not be spawned.
     bool launch();
+    // Runs build/ovel-web once more with `arguments`, in the same environment, as a user would
+    // from a terminal while the browser runs; waits for it to exit and returns its exit status.
+    std::optional<int> runAgain(const std::vector<std::string>& arguments);
     // Asks the running browser to quit through its "app.quit" action and waits for it to exit.
     // Returns its exit status, or none when it had to be killed.
     std::optional<int> quit(std::chrono::milliseconds limit = std::chrono::seconds(20));
@@ -35,6 +39,8 @@ public:
     static bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit);
 
 private:
+    std::vector<std::string> environment() const;
+
     std::string root_;
     std::string home_;
     std::string configHome_;
