@@ -28,7 +28,9 @@ TabBar::TabBar(BrowserState& state)
     gtk_widget_add_css_class(widget(), "tab-bar");
     gtk_widget_set_hexpand(widget(), TRUE);
 
-    row_ = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 8);
+    row_ =
+        GTK_WIDGET(g_object_new(GTK_TYPE_BOX, "orientation", GTK_ORIENTATION_HORIZONTAL, "spacing",
+                                8, "accessible-role", GTK_ACCESSIBLE_ROLE_TAB_LIST, nullptr));
     gtk_widget_add_css_class(row_, "tab-bar-row");
     gtk_widget_set_valign(row_, GTK_ALIGN_CENTER);
     gtk_box_append(GTK_BOX(row_), newTabButton_.widget());

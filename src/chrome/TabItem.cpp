@@ -241,6 +241,15 @@ void TabItem::hover(bool inside) {
     hover_->animateTo(inside ? 1.0 : 0.0, hoverSpring, state_.smoothAnimations.get());
 }
 
+double TabItem::fromLeadingEdge(double x) const {
+    // Pointer positions are given from the content's corner, inside the padding and border.
+    graphene_rect_t bounds;
+    if (!gtk_widget_compute_bounds(capsule(), capsule(), &bounds)) {
+        return x;
+    }
+    return x - bounds.origin.x;
+}
+
 void TabItem::connectDragAndDrop() {
     GtkDragSource* source = gtk_drag_source_new();
     gtk_drag_source_set_actions(source, GDK_ACTION_MOVE);
@@ -267,9 +276,9 @@ void TabItem::connectDragAndDrop() {
     });
     signals_.connect(target, "motion", [this](GtkDropTarget*, double x, double) -> GdkDragAction {
         if (std::exchange(dropEntering_, false)) {
-            state_.dropEntered(tab_->id(), x);
+            state_.dropEntered(tab_->id(), fromLeadingEdge(x));
         } else {
-            state_.dropUpdated(tab_->id(), x);
+            state_.dropUpdated(tab_->id(), fromLeadingEdge(x));
         }
         return GDK_ACTION_MOVE;
     });

@@ -49,6 +49,8 @@ private:
     void connectGestures();
     void connectDragAndDrop();
     void hover(bool inside);
+    // `x` in the capsule's own coordinates, measured from its outer leading edge.
+    double fromLeadingEdge(double x) const;
 
     BrowserState& state_;
     std::shared_ptr<BrowserTab> tab_;
