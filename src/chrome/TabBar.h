@@ -37,6 +37,10 @@ public:
     TabItem* itemFor(const Uuid& id) const;
     // The items' widgets in the order the strip shows them.
     std::vector<GtkWidget*> itemWidgets() const;
+    // Where the selection's highlight was last drawn, in the strip's coordinates.
+    std::optional<graphene_rect_t> highlightFrame() const { return highlightDrawn_; }
+    // The selected item's capsule, in the strip's coordinates.
+    std::optional<graphene_rect_t> selectedBounds() const;
 
 private:
     void follow(const TabListChange& change);
@@ -48,7 +52,6 @@ private:
     void markSelection();
     void scrollSelectedIntoView();
     void drawStrip(GtkWidget* self, GtkWidget* child, GtkSnapshot* snapshot);
-    std::optional<graphene_rect_t> selectedBounds() const;
 
     BrowserState& state_;
     GObjectRef<GtkWidget> root_;

@@ -112,6 +112,25 @@ TEST_F(TabBarTest, ContextMenuOffersWhatTheTabsPlaceAllows) {
     expectItemsMatchTabs(bar, "after the menu's move and close");
 }
 
+TEST_F(TabBarTest, TheHighlightGlidesToTheNewlySelectedTab) {
+    openTabs(4);
+    TabBar bar(*state);
+    show(bar.widget());
+    auto highlightX = [&] { return bar.highlightFrame() ? bar.highlightFrame()->origin.x : -1.f; };
+    auto selectedX = [&] { return bar.selectedBounds()->origin.x; };
+    ASSERT_TRUE(waitUntil([&] { return highlightX() == selectedX(); })) << "on the last tab";
+    const float from = highlightX();
+
+    state->selectTab(0);
+    const float to = selectedX();
+    bool between = false;
+    EXPECT_TRUE(waitUntil([&] {
+        between = between || (highlightX() > to && highlightX() < from);
+        return highlightX() == to;
+    }));
+    EXPECT_TRUE(between) << "seen on its way";
+}
+
 TEST_F(TabBarTest, TheSelectedTabScrollsIntoView) {
     openTabs(30);
     TabBar bar(*state);
