@@ -1,3 +1,4 @@
+#include "chrome/DragTabPreview.h"
 #include "chrome/TabBar.h"
 #include "chrome/ToolbarView.h"
 #include "support/ViewFixture.h"
@@ -93,7 +94,7 @@ TEST_F(TopChromeScreenshots, StripAndToolbarWithOneSixAndThirtyTabs) {
         if (c.tabs == 6) {
             // A tab dragged over its neighbour, to show the indicator.
             state->beginTabDrag(state->tabs.get()[5]->id());
-            state->dropUpdated(state->tabs.get()[4]->id(), 100);
+            state->dropUpdated(state->tabs.get()[2]->id(), 10);
         }
         {
             TabBar bar(*state);
@@ -103,10 +104,14 @@ TEST_F(TopChromeScreenshots, StripAndToolbarWithOneSixAndThirtyTabs) {
             gtk_widget_set_valign(box, GTK_ALIGN_START);
             gtk_box_append(GTK_BOX(box), bar.widget());
             gtk_box_append(GTK_BOX(box), toolbar.widget());
+            // What follows the pointer when the first tab is dragged.
+            DragTabPreview preview(*state->tabs.get()[0]);
+            gtk_widget_set_halign(preview.widget(), GTK_ALIGN_START);
+            gtk_box_append(GTK_BOX(box), preview.widget());
             for (const TestTheme& theme : themes) {
                 useTheme(theme);
                 if (window_ == nullptr) {
-                    show(box, 1200, 120);
+                    show(box, 1200, 180);
                 }
                 runMainLoopFor(std::chrono::milliseconds(500));
                 const std::string name = "tab-strip-" + std::to_string(c.tabs) + "-" + theme.name;
