@@ -96,6 +96,13 @@ void BrowserState::followSelection() {
     }
 }
 
+void BrowserState::resetAddressText() {
+    auto group = operation();
+    if (const auto tab = selectedTab()) {
+        addressText.set(addressTextFor(*tab));
+    }
+}
+
 void BrowserState::connectReactions() {
     SettingsStore& settings = services_.settings;
     theme.assigned().connect([this, &settings] {

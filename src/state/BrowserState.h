@@ -135,6 +135,22 @@ public:
     void reorderTab(const Uuid& draggedID, const Uuid& targetID, bool insertAfter);
     void setDraggedTab(std::optional<Uuid> id);
     void setDropTarget(std::optional<Uuid> id, bool insertAfter);
+    // Dragging a tab onto another. `x` is the pointer's distance from the target item's leading
+    // edge: past `dropAfterThreshold` the drop lands after the target, else before it.
+    static constexpr double dropAfterThreshold = 72;
+    void beginTabDrag(const Uuid& id);
+    // Shows where the drop would land, unless the drag could not land there (no drag, the tab
+    // over itself, a pinned tab over an unpinned one or the reverse).
+    void dropEntered(const Uuid& target, double x);
+    // Follows the pointer over `target` without the checks of dropEntered.
+    void dropUpdated(const Uuid& target, double x);
+    // Hides the indicator if it is `target`'s; which side it was on is kept.
+    void dropExited(const Uuid& target);
+    // Moves the dragged tab next to `target` and ends the drag; true when a drag was on.
+    bool performDrop(const Uuid& target);
+    // Selects the tab to the right of the selected one, or to its left; both wrap around.
+    void selectNextTab();
+    void selectPreviousTab();
 
     // The selected tab's page.
     void goBack();
@@ -163,6 +179,8 @@ public:
     // link handed to the browser from outside.
     void openInNewTab(std::string_view address);
     void setAddressText(std::string_view text);
+    // Puts the selected tab's own address back into the field, discarding what was typed.
+    void resetAddressText();
     void openURL(std::string_view text);
     void openHome();
 

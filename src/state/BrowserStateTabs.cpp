@@ -15,6 +15,22 @@ void BrowserState::selectTab(int index) {
     }
 }
 
+void BrowserState::selectNextTab() {
+    auto group = operation();
+    const int count = static_cast<int>(tabs->size());
+    if (count > 0) {
+        selectedIndex.set((selectedIndex.get() + 1) % count);
+    }
+}
+
+void BrowserState::selectPreviousTab() {
+    auto group = operation();
+    const int count = static_cast<int>(tabs->size());
+    if (count > 0) {
+        selectedIndex.set((selectedIndex.get() + count - 1) % count);
+    }
+}
+
 void BrowserState::addTabAndSelect(std::shared_ptr<BrowserTab> tab) {
     tabs.insert(static_cast<int>(tabs->size()), std::move(tab));
     selectedIndex.set(static_cast<int>(tabs->size()) - 1);

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "gutil/GObjectRef.h"
+
+#include <adwaita.h>
+
+#include <functional>
+
+namespace ovel {
+
+// A spring: how long one swing takes, in seconds, and how quickly it settles (1: no bounce).
+struct Spring {
+    double response = 0.25;
+    double dampingFraction = 0.84;
+};
+
+// A change over a fixed time with an easing curve.
+struct Timed {
+    unsigned milliseconds = 250;
+    AdwEasing easing = ADW_EASE_OUT_CUBIC;
+};
+
+// One number a view animates (a hover, a highlight's position), handed to `apply` on every
+// frame. A new target mid-flight starts from where the value is, never stacking animations.
+class AnimatedValue {
+public:
+    AnimatedValue(GtkWidget* widget, double initial, std::function<void(double)> apply);
+    ~AnimatedValue();
+
+    AnimatedValue(const AnimatedValue&) = delete;
+    AnimatedValue& operator=(const AnimatedValue&) = delete;
+
+    // Springs to `target`, or gets there in 0.01 s linearly when smooth animations are off.
+    void animateTo(double target, Spring spring, bool smooth);
+    void animateTo(double target, Timed timing);
+    // Puts the value at `value` at once, without a frame.
+    void setValue(double value);
+    double value() const { return value_; }
+
+private:
+    static void onFrame(double value, gpointer self);
+
+    double value_;
+    std::function<void(double)> apply_;
+    GObjectRef<AdwAnimation> spring_;
+    GObjectRef<AdwAnimation> timed_;
+};
+
+} // namespace ovel
