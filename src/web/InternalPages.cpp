@@ -46,6 +46,13 @@ std::string formatted(GDateTime* when, const char* format) {
     return result;
 }
 
+// The local time zone, read once. GLib's own g_time_zone_new_local() reads /etc/localtime again
+// on every call when TZ is unset, which a list of hundreds of dates cannot afford.
+GTimeZone* localTimeZone() {
+    static GTimeZone* const local = g_time_zone_new_local();
+    return local;
+}
+
 } // namespace
 
 std::optional<InternalPage> pageForDisplayAddress(const std::optional<std::string>& address) {
@@ -104,7 +111,7 @@ std::vector<DownloadAction> downloadActions(const DownloadRecord& record) {
 
 std::string abbreviatedDateTime(Date when, std::string_view timeZone) {
     std::unique_ptr<GTimeZone, TimeZoneDeleter> zone(
-        timeZone.empty() ? g_time_zone_new_local()
+        timeZone.empty() ? g_time_zone_ref(localTimeZone())
                          : g_time_zone_new_identifier(std::string(timeZone).c_str()));
     if (!zone) {
         zone.reset(g_time_zone_new_utc());
