@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <map>
+#include <tuple>
 #include <vector>
 
 // The widget that hands its drawing and its life events to a DriftingOrbs.
@@ -177,11 +179,6 @@ DriftingOrbs::~DriftingOrbs() {
         gtk_widget_remove_tick_callback(widget_.get(), tickId_);
     }
     OVEL_ORBS_WIDGET(widget_.get())->owner = nullptr;
-    for (Mask& mask : masks_) {
-        if (mask.surface != nullptr) {
-            cairo_surface_destroy(mask.surface);
-        }
-    }
 }
 
 void DriftingOrbs::styleChanged() {
@@ -250,15 +247,19 @@ void DriftingOrbs::tick(gint64 frameTime) {
     gtk_widget_queue_draw(widget_.get());
 }
 
-const DriftingOrbs::Mask& DriftingOrbs::maskFor(std::size_t index, int scale) {
-    Mask& mask = masks_[index];
-    if (mask.surface == nullptr || mask.scale != scale) {
-        if (mask.surface != nullptr) {
-            cairo_surface_destroy(mask.surface);
+const DriftingOrbs::Mask& DriftingOrbs::maskFor(const Orb& orb, int scale) {
+    struct Masks {
+        std::map<std::tuple<double, double, int>, Mask> byShape;
+        ~Masks() {
+            for (auto& [shape, mask] : byShape) {
+                cairo_surface_destroy(mask.surface);
+            }
         }
-        mask.surface =
-            renderOrbMask(orbs_[index].diameter, orbs_[index].blurRadius, scale, mask.size);
-        mask.scale = scale;
+    };
+    static Masks masks;
+    Mask& mask = masks.byShape[{orb.diameter, orb.blurRadius, scale}];
+    if (mask.surface == nullptr) {
+        mask.surface = renderOrbMask(orb.diameter, orb.blurRadius, scale, mask.size);
     }
     return mask;
 }
@@ -277,7 +278,7 @@ void DriftingOrbs::snapshot(GtkSnapshot* snapshot) {
     cairo_t* cr = gtk_snapshot_append_cairo(snapshot, &bounds);
     for (std::size_t i = 0; i < orbs_.size(); ++i) {
         const Orb& orb = orbs_[i];
-        const Mask& mask = maskFor(i, scale);
+        const Mask& mask = maskFor(orb, scale);
         const double x = width / 2 + orb.restX + (orb.driftX - orb.restX) * eased_ - mask.size / 2;
         const double y = height / 2 + orb.restY + (orb.driftY - orb.restY) * eased_ - mask.size / 2;
         const GdkRGBA& colour = shown_[i];

@@ -16,9 +16,9 @@ namespace ovel {
 //
 // Drawing is kept cheap: each orb's blurred shape is rendered once per size and scale into an
 // alpha mask (cairo image surface) and painted in its colour with gtk_snapshot_append_cairo at
-// whole-pixel offsets; the drift redraws at about 18 frames per second from a tick callback that
-// runs only while the widget is mapped. A theme change recolours the masks, moving from the old
-// colours to the new ones with a spring, or at once.
+// whole-pixel offsets (the masks are shared by all instances); the drift redraws at about 18 frames
+// per second from a tick callback that runs only while the widget is mapped. A theme change
+// recolours the masks, moving from the old colours to the new ones with a spring, or at once.
 class DriftingOrbs {
 public:
     struct Orb {
@@ -54,19 +54,18 @@ public:
 private:
     struct Mask {
         cairo_surface_t* surface = nullptr;
-        int scale = 0;
         double size = 0; // in points, the circle plus room for the blur
     };
 
     static gboolean onTick(GtkWidget* widget, GdkFrameClock* clock, gpointer self);
     void tick(gint64 frameTime);
-    const Mask& maskFor(std::size_t index, int scale);
+    // Shared by every instance: a mask depends only on the orb's size, blur and the scale.
+    static const Mask& maskFor(const Orb& orb, int scale);
     void setTransition(double progress);
 
     std::array<Orb, 2> orbs_;
     gint64 periodMicros_;
     GObjectRef<GtkWidget> widget_;
-    std::array<Mask, 2> masks_{};
     std::array<GdkRGBA, 2> from_{};
     std::array<GdkRGBA, 2> to_{};
     std::array<GdkRGBA, 2> shown_{};
