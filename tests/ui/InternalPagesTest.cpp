@@ -1,0 +1,424 @@
+#include "gutil/AccessibleLabel.h"
+#include "gutil/GObjectRef.h"
+#include "pages/DriftingOrbs.h"
+#include "pages/OvelAboutPageNative.h"
+#include "pages/OvelDownloadsPageNative.h"
+#include "pages/OvelHistoryPageNative.h"
+#include "pages/OvelInternalPageShell.h"
+#include "pages/OvelSettingsPageNative.h"
+#include "pages/OvelWorkspacesPageNative.h"
+#include "pages/SitePermissionEditor.h"
+#include "support/ViewFixture.h"
+
+#include <functional>
+#include <set>
+#include <tuple>
+
+namespace ovel::test {
+namespace {
+
+// Two themes' named colours, standing in for the theme CSS of the window.
+struct TestTheme {
+    const char* name;
+    const char* css;
+};
+constexpr TestTheme nightTheme{"night", R"(
+@define-color ovel_accent rgba(255,255,255,0.85);
+@define-color ovel_gradient_start rgba(0,0,0,0.94);
+@define-color ovel_gradient_end rgba(128,128,128,0.7);
+@define-color ovel_orb_a rgba(255,255,255,0.2);
+@define-color ovel_orb_b rgba(0,0,255,0.25);
+)"};
+constexpr TestTheme sunriseTheme{"sunrise", R"(
+@define-color ovel_accent rgb(255,199,158);
+@define-color ovel_gradient_start rgb(97,46,26);
+@define-color ovel_gradient_end rgb(237,135,82);
+@define-color ovel_orb_a rgba(255,165,0,0.35);
+@define-color ovel_orb_b rgba(255,192,203,0.3);
+)"};
+
+class InternalPagesTest : public ViewFixture {
+protected:
+    void SetUp() override {
+        ViewFixture::SetUp();
+        static bool loaded = false;
+        if (!loaded) {
+            loadCss("internal-pages.css");
+            loaded = true;
+        }
+        useTheme(nightTheme);
+    }
+    void TearDown() override {
+        ViewFixture::TearDown();
+        if (themeProvider_) {
+            gtk_style_context_remove_provider_for_display(gdk_display_get_default(),
+                                                          GTK_STYLE_PROVIDER(themeProvider_.get()));
+        }
+    }
+
+    void useTheme(const TestTheme& theme) {
+        if (themeProvider_) {
+            gtk_style_context_remove_provider_for_display(gdk_display_get_default(),
+                                                          GTK_STYLE_PROVIDER(themeProvider_.get()));
+        }
+        themeProvider_ = GObjectRef<GtkCssProvider>::adopt(gtk_css_provider_new());
+        gtk_css_provider_load_from_data(themeProvider_.get(), theme.css, -1);
+        gtk_style_context_add_provider_for_display(gdk_display_get_default(),
+                                                   GTK_STYLE_PROVIDER(themeProvider_.get()),
+                                                   GTK_STYLE_PROVIDER_PRIORITY_APPLICATION - 1);
+    }
+
+    // The control (not a label beside it) named `name`.
+    static GtkWidget* control(GtkWidget* root, const std::string& name) {
+        const char* label = accessibleLabel(root);
+        if (!GTK_IS_LABEL(root) && label != nullptr && name == label) {
+            return root;
+        }
+        for (GtkWidget* child = gtk_widget_get_first_child(root); child != nullptr;
+             child = gtk_widget_get_next_sibling(child)) {
+            if (GtkWidget* found = control(child, name)) {
+                return found;
+            }
+        }
+        return nullptr;
+    }
+    GtkWidget* find(GtkWidget* root, const std::string& name) {
+        GtkWidget* widget = control(root, name);
+        EXPECT_NE(widget, nullptr) << "no control named " << name;
+        return widget;
+    }
+    // A click: buttons emit "clicked" (GtkButton's own activation waits for a timeout).
+    void click(GtkWidget* root, const std::string& name) {
+        if (GtkWidget* widget = find(root, name)) {
+            g_signal_emit_by_name(widget, "clicked");
+        }
+    }
+    static std::set<GtkWidget*> historyRows(GtkWidget* widget) {
+        std::set<GtkWidget*> rows;
+        if (gtk_widget_has_css_class(widget, "ovel-history-row")) {
+            rows.insert(widget);
+        }
+        for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
+             child = gtk_widget_get_next_sibling(child)) {
+            rows.merge(historyRows(child));
+        }
+        return rows;
+    }
+    static bool shown(GtkWidget* widget) {
+        return widget != nullptr && gtk_widget_is_visible(widget);
+    }
+
+    GObjectRef<GtkCssProvider> themeProvider_;
+};
+
+using Rule = SitePermissionRule;
+constexpr auto Allow = PermissionSetting::Allow;
+constexpr auto Block = PermissionSetting::Block;
+
+TEST_F(InternalPagesTest, SettingsEditsTheRuleOfTheSelectedTabsHost) {
+    showPage(0, "https://one.test/a", "One");
+    state->newTab();
+    showPage(1, "https://Two.test/", "Two");
+    state->setCurrentSiteRule(Rule{Allow, Allow, Allow, Allow});
+    state->selectTab(0);
+
+    OvelSettingsPageNative page(*state);
+    show(page.widget());
+    GtkWidget* root = page.widget();
+    EXPECT_NE(findByName(root, "Site Permissions (one.test)"), nullptr);
+    EXPECT_EQ(page.permissionEditor().rule(), Rule{});
+
+    // A segment changes only the editor's copy; Apply stores it under the current host.
+    GtkWidget* camera = find(root, "Camera");
+    click(camera, "Block");
+    EXPECT_EQ(state->sitePermissionRules->count("one.test"), 0u);
+    click(root, "Apply");
+    EXPECT_EQ(state->sitePermissionRules->at("one.test"), (Rule{Block}));
+
+    const SitePermissionEditor* before = &page.permissionEditor();
+    state->selectTab(1);
+    EXPECT_NE(findByName(root, "Site Permissions (two.test)"), nullptr) << "host lower-cased";
+    EXPECT_EQ(findByName(root, "Site Permissions (one.test)"), nullptr);
+    EXPECT_EQ(page.permissionEditor().rule(), (Rule{Allow, Allow, Allow, Allow}));
+    EXPECT_NE(&page.permissionEditor(), before) << "a new editor for the new host";
+
+    // Reset forgets the stored rule and leaves the choices on show.
+    click(root, "Reset");
+    EXPECT_EQ(state->sitePermissionRules->count("two.test"), 0u);
+    EXPECT_EQ(page.permissionEditor().rule(), (Rule{Allow, Allow, Allow, Allow}));
+
+    showPage(1, "https://three.test/", "Three");
+    EXPECT_NE(findByName(root, "Site Permissions (three.test)"), nullptr);
+    EXPECT_EQ(page.permissionEditor().rule(), Rule{});
+}
+
+TEST_F(InternalPagesTest, SettingsProfileControls) {
+    OvelSettingsPageNative page(*state);
+    show(page.widget());
+    GtkWidget* root = page.widget();
+    GtkWidget* remove = find(root, "Delete");
+    GtkWidget* rename = find(root, "Rename profile");
+    const std::string firstName = state->activeProfileName();
+    EXPECT_EQ(gtk_editable_get_text(GTK_EDITABLE(rename)), firstName);
+    EXPECT_FALSE(gtk_widget_get_sensitive(remove)) << "one profile cannot be deleted";
+
+    click(root, "New");
+    ASSERT_EQ(state->profiles->size(), 2u);
+    EXPECT_TRUE(gtk_widget_get_sensitive(remove));
+    auto* picker = GTK_DROP_DOWN(find(root, "Active Profile"));
+    EXPECT_EQ(state->profiles.get()[gtk_drop_down_get_selected(picker)].id,
+              *state->activeProfileID);
+
+    // Return renames like the button; a refused name shows the stored one again.
+    for (const auto& [typed, stored] : {std::pair{"Work <b>", "Work <b>"}, {"   ", "Work <b>"}}) {
+        gtk_editable_set_text(GTK_EDITABLE(rename), typed);
+        g_signal_emit_by_name(rename, "activate");
+        EXPECT_EQ(state->activeProfileName(), stored);
+        EXPECT_EQ(gtk_editable_get_text(GTK_EDITABLE(rename)), std::string(stored));
+    }
+
+    // Choosing the other profile in the picker switches to it.
+    const guint other = state->profiles.get()[0].id == *state->activeProfileID ? 1 : 0;
+    gtk_drop_down_set_selected(picker, other);
+    EXPECT_EQ(*state->activeProfileID, state->profiles.get()[other].id);
+
+    click(root, "Delete");
+    EXPECT_EQ(state->profiles->size(), 1u);
+    EXPECT_FALSE(gtk_widget_get_sensitive(remove));
+}
+
+TEST_F(InternalPagesTest, SettingsPreferencesAndWorkspaceStatus) {
+    OvelSettingsPageNative page(*state);
+    show(page.widget());
+    GtkWidget* root = page.widget();
+    gtk_drop_down_set_selected(GTK_DROP_DOWN(find(root, "Theme")), 2);
+    EXPECT_EQ(*state->theme, BrowserTheme::Sunrise);
+    state->setSearchEngine(SearchEngine::Bing);
+    EXPECT_EQ(gtk_drop_down_get_selected(GTK_DROP_DOWN(find(root, "Search"))), 2u);
+    gtk_switch_set_active(GTK_SWITCH(find(root, "Ad Blocker")), true);
+    EXPECT_TRUE(*state->adBlockEnabled);
+    state->setSmoothAnimations(false);
+    EXPECT_FALSE(gtk_switch_get_active(GTK_SWITCH(find(root, "Smooth Animations"))));
+
+    EXPECT_NE(findByName(root, "No saved workspaces yet."), nullptr);
+    click(root, "Save Current Tabs");
+    EXPECT_NE(findByName(root, "Latest: Workspace 1 (1 tabs)"), nullptr);
+}
+
+TEST_F(InternalPagesTest, HistoryShowsFiveHundredEntriesWithFewRowsAndHearsOneVisitAsOneInsert) {
+    for (int i = 0; i < 500; ++i) {
+        showPage(0, "https://site.test/page" + std::to_string(i), "Page " + std::to_string(i));
+    }
+    ASSERT_EQ(state->historyEntries->size(), 500u);
+    OvelHistoryPageNative page(*state);
+    show(page.widget());
+    GtkWidget* root = page.widget();
+    EXPECT_NE(findByName(root, "500 entries"), nullptr);
+    EXPECT_EQ(g_list_model_get_n_items(page.model()), 500u);
+
+    // GTK 4.8's list view keeps a fixed window of at most 205 rows around what is on screen.
+    const std::set<GtkWidget*> before = historyRows(root);
+    EXPECT_GT(before.size(), 0u);
+    EXPECT_LE(before.size(), 205u) << "only the rows around the screen are made";
+    EXPECT_NE(findByName(root, "Page 499"), nullptr) << "newest first";
+
+    std::vector<std::tuple<guint, guint, guint>> changes;
+    gulong handler = g_signal_connect_swapped(
+        page.model(), "items-changed",
+        G_CALLBACK(+[](decltype(changes)* seen, guint position, guint removed, guint added) {
+            seen->emplace_back(position, removed, added);
+        }),
+        &changes);
+    showPage(0, "https://site.test/new", "Newest");
+    g_signal_handler_disconnect(page.model(), handler);
+    EXPECT_EQ(changes, (decltype(changes){{0, 0, 1}, {500, 1, 0}}))
+        << "the visit goes in at the top and the oldest entry drops out at the bottom";
+    runMainLoopFor(50ms);
+    EXPECT_NE(findByName(root, "Newest"), nullptr);
+    const std::set<GtkWidget*> after = historyRows(root);
+    std::vector<GtkWidget*> kept;
+    std::set_intersection(before.begin(), before.end(), after.begin(), after.end(),
+                          std::back_inserter(kept));
+    EXPECT_GE(kept.size() + 2, before.size()) << "the rows are kept, not made again";
+
+    // A row opens its stored address in the selected tab.
+    click(root, "Page 499");
+    EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://site.test/page499");
+
+    click(root, "Clear History");
+    EXPECT_TRUE(state->historyEntries->empty());
+    EXPECT_TRUE(shown(findByName(root, "No history yet.")));
+    EXPECT_NE(findByName(root, "0 entries"), nullptr);
+}
+
+DownloadEvent download(const std::string& id, DownloadStatus status, double progress,
+                       std::optional<std::string> path = std::nullopt) {
+    return DownloadEvent{id,     id + ".zip", "https://src.test/" + id, std::move(path),
+                         status, progress};
+}
+
+TEST_F(InternalPagesTest, DownloadCardsShowTheButtonsOfTheirStatusAndStayPut) {
+    auto tab = state->selectedTab();
+    OvelDownloadsPageNative page(*state);
+    show(page.widget());
+    EXPECT_TRUE(shown(findByName(page.widget(), "No downloads yet.")));
+    tab->onDownloadEvent(download("report", DownloadStatus::Started, 0.4));
+    mainQueue.drain();
+    GtkWidget* card = page.cardFor("report");
+    ASSERT_NE(card, nullptr);
+    EXPECT_FALSE(shown(findByName(page.widget(), "No downloads yet.")));
+
+    const struct {
+        DownloadStatus status;
+        std::optional<std::string> path;
+        std::vector<std::string> visible;
+    } cases[] = {
+        {DownloadStatus::Started, std::nullopt, {"Pause", "Cancel"}},
+        {DownloadStatus::Paused, std::nullopt, {"Resume", "Cancel"}},
+        {DownloadStatus::Finished, std::nullopt, {}},
+        {DownloadStatus::Finished, "/tmp/report.zip", {"Open In Finder"}},
+        {DownloadStatus::Failed, std::nullopt, {"Retry"}},
+    };
+    for (const auto& c : cases) {
+        tab->onDownloadEvent(download("report", c.status, 0.5, c.path));
+        mainQueue.drain();
+        EXPECT_EQ(page.cardFor("report"), card) << "the same card, updated";
+        std::vector<std::string> visible;
+        for (const char* name : {"Pause", "Resume", "Cancel", "Open In Finder", "Retry"}) {
+            if (shown(findByName(card, name))) {
+                visible.emplace_back(name);
+            }
+        }
+        EXPECT_EQ(visible, c.visible) << rawValue(c.status);
+        EXPECT_TRUE(shown(findByName(card, std::string(statusLabel(c.status)))));
+    }
+    click(card, "Retry");
+    EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/report");
+
+    state->clearDownloads();
+    EXPECT_EQ(page.cardFor("report"), nullptr);
+    EXPECT_TRUE(waitUntil([&] { return findByName(page.widget(), "report.zip") == nullptr; }))
+        << "the card slides out and goes";
+}
+
+TEST_F(InternalPagesTest, WorkspacesAndAboutFollowTheState) {
+    OvelWorkspacesPageNative workspaces(*state);
+    show(workspaces.widget());
+    GtkWidget* root = workspaces.widget();
+    EXPECT_TRUE(shown(findByName(root, "No workspaces saved.")));
+    click(root, "Save Current");
+    ASSERT_EQ(state->workspaceSnapshots->size(), 1u);
+    const WorkspaceSnapshot first = state->workspaceSnapshots->front();
+    GtkWidget* row = workspaces.rowFor(first.id);
+    ASSERT_NE(row, nullptr);
+    EXPECT_NE(findByName(row, "Workspace 1"), nullptr);
+    GtkWidget* field = find(root, "Workspace name");
+    gtk_editable_set_text(GTK_EDITABLE(field), "Research");
+    g_signal_emit_by_name(field, "activate");
+    EXPECT_STREQ(gtk_editable_get_text(GTK_EDITABLE(field)), "");
+    EXPECT_EQ(workspaces.rowFor(first.id), row) << "the older row is kept";
+    click(workspaces.rowFor(state->workspaceSnapshots->front().id), "Delete");
+    EXPECT_EQ(state->workspaceSnapshots->size(), 1u);
+    EXPECT_EQ(gtk_widget_get_next_sibling(row), nullptr);
+
+    gtk_window_destroy(window_);
+    window_ = nullptr;
+    OvelAboutPageNative about(*state);
+    show(about.widget());
+    state->newTab();
+    for (const char* line : {"Profiles: 1", "Tabs: 2", "History Entries: 0", "Downloads: 0"}) {
+        EXPECT_NE(findByName(about.widget(), line), nullptr) << line;
+    }
+    click(about.widget(), "Open Downloads");
+    EXPECT_EQ(*state->selectedTab()->displayAddress, "ovel://downloads");
+}
+
+TEST_F(InternalPagesTest, ShellOrbsDriftAndTakeANewThemeWithTheSpringOrAtOnce) {
+    OvelInternalPageShell shell(*state, "ovel://test", "Subtitle", gtk_label_new("Content"));
+    show(shell.widget());
+    const DriftingOrbs& orbs = shell.orbs();
+    EXPECT_TRUE(waitUntil([&] { return orbs.driftPosition() > 0; }, 2s)) << "the drift starts";
+    const GdkRGBA night{1, 1, 1, 0.2f};
+    const GdkRGBA sunrise{1, 165 / 255.f, 0, 0.35f};
+    auto showing = [&](const GdkRGBA& colour) {
+        return gdk_rgba_equal(&orbs.shownColour(0), &colour) != 0;
+    };
+    EXPECT_TRUE(showing(night));
+
+    useTheme(sunriseTheme);
+    ASSERT_TRUE(waitUntil([&] { return !showing(night); }, 2s));
+    EXPECT_FALSE(showing(sunrise)) << "on the way with the spring";
+    EXPECT_TRUE(waitUntil([&] { return showing(sunrise); }, 3s));
+
+    state->setSmoothAnimations(false);
+    useTheme(nightTheme);
+    ASSERT_TRUE(waitUntil([&] { return !showing(sunrise); }, 2s));
+    EXPECT_TRUE(showing(night)) << "at once without smooth animations";
+}
+
+// Every page with some data in it, in two themes, into build/artifacts/.
+TEST_F(InternalPagesTest, Screenshots) {
+    state->createProfile(); // switches to the new profile, which the data below goes into
+    showPage(0, "https://news.example.org/today", "Today's <b>news</b> & more");
+    showPage(0, "https://docs.example.com/guide/getting-started", "Getting started");
+    state->createWorkspaceSnapshot("Research");
+    state->newTab();
+    showPage(1, "https://maps.example.net/", "Maps");
+    state->createWorkspaceSnapshot("Work & play");
+    state->setCurrentSiteRule(Rule{Allow, Block});
+    auto tab = state->selectedTab();
+    tab->onDownloadEvent(download("movie", DownloadStatus::Started, 0.35));
+    tab->onDownloadEvent(download("paper", DownloadStatus::Paused, 0.6));
+    tab->onDownloadEvent(download("photos", DownloadStatus::Finished, 1, "/tmp/photos.zip"));
+    tab->onDownloadEvent(download("broken", DownloadStatus::Failed, 0.1));
+    mainQueue.drain();
+
+    const std::pair<const char*, std::function<std::shared_ptr<void>(GtkWidget*&)>> pages[] = {
+        {"settings",
+         [&](GtkWidget*& w) {
+             auto p = std::make_shared<OvelSettingsPageNative>(*state);
+             w = p->widget();
+             return p;
+         }},
+        {"downloads",
+         [&](GtkWidget*& w) {
+             auto p = std::make_shared<OvelDownloadsPageNative>(*state);
+             w = p->widget();
+             return p;
+         }},
+        {"history",
+         [&](GtkWidget*& w) {
+             auto p = std::make_shared<OvelHistoryPageNative>(*state);
+             w = p->widget();
+             return p;
+         }},
+        {"workspaces",
+         [&](GtkWidget*& w) {
+             auto p = std::make_shared<OvelWorkspacesPageNative>(*state);
+             w = p->widget();
+             return p;
+         }},
+        {"about",
+         [&](GtkWidget*& w) {
+             auto p = std::make_shared<OvelAboutPageNative>(*state);
+             w = p->widget();
+             return p;
+         }},
+    };
+    for (const TestTheme& theme : {nightTheme, sunriseTheme}) {
+        useTheme(theme);
+        for (const auto& [name, make] : pages) {
+            GtkWidget* widget = nullptr;
+            auto page = make(widget);
+            show(widget, 1000, 900);
+            runMainLoopFor(600ms);
+            EXPECT_FALSE(
+                saveScreenshot(widget, std::string("page-") + name + "-" + theme.name).empty());
+            gtk_window_destroy(window_);
+            window_ = nullptr;
+        }
+    }
+}
+
+} // namespace
+} // namespace ovel::test

@@ -1,0 +1,91 @@
+#include "web/InternalPages.h"
+
+#include <gtest/gtest.h>
+
+namespace ovel {
+namespace {
+
+TEST(InternalPages, DisplayAddressesRouteToPagesByLetterCaseAndAliasOnly) {
+    using P = InternalPage;
+    const struct {
+        std::optional<std::string> address;
+        std::optional<InternalPage> page;
+    } cases[] = {
+        {"ovel://settings", P::Settings},
+        {"OVEL://Settings", P::Settings},
+        {"ovel://downloads", P::Downloads},
+        {"ovel://history", P::History},
+        {"ovel://workspaces", P::Workspaces},
+        {"ovel://Sessions", P::Workspaces},
+        {"ovel://about", P::About},
+        {"ovel://VERSION", P::About},
+        {"ovel://newtab", std::nullopt},
+        {"ovel://settings/", std::nullopt},
+        {"ovel://history?q=1", std::nullopt},
+        {" ovel://about", std::nullopt},
+        {"chrome://settings", std::nullopt},
+        {"https://example.com/", std::nullopt},
+        {"", std::nullopt},
+        {std::nullopt, std::nullopt},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(pageForDisplayAddress(c.address), c.page) << c.address.value_or("(none)");
+    }
+}
+
+WorkspaceSnapshot snapshot(std::string name, std::size_t tabs, double unixSeconds = 0) {
+    return {"id-" + name, std::move(name), Date::fromUnixSeconds(unixSeconds), 0,
+            std::vector<TabStore>(tabs)};
+}
+
+TEST(InternalPages, CountedTextsKeepTheirWordsWhateverTheCount) {
+    const struct {
+        std::string actual;
+        std::string expected;
+    } cases[] = {
+        {workspaceStatusLine({}), "No saved workspaces yet."},
+        {workspaceStatusLine({snapshot("Research", 4), snapshot("Older", 9)}),
+         "Latest: Research (4 tabs)"},
+        {workspaceStatusLine({snapshot("<b>Work</b>", 1)}), "Latest: <b>Work</b> (1 tabs)"},
+        {historyCountText(0), "0 entries"},
+        {historyCountText(1), "1 entries"},
+        {historyCountText(57), "57 entries"},
+        // 2026-11-16 20:45 UTC.
+        {workspaceDetailLine(snapshot("Work", 3, 1794861900), "UTC"),
+         "3 tab(s) \u2022 Nov 16, 2026, 8:45 PM"},
+        {workspaceDetailLine(snapshot("Work", 1, 1794861900), "Europe/Paris"),
+         "1 tab(s) \u2022 Nov 16, 2026, 9:45 PM"},
+        {abbreviatedDateTime(Date::fromUnixSeconds(1767225600), "UTC"), "Jan 1, 2026, 12:00 AM"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.actual, c.expected);
+    }
+    EXPECT_EQ(aboutLines({1, 2, 0, 12345}),
+              (std::array<std::string, 4>{"Profiles: 1", "Tabs: 2", "History Entries: 0",
+                                          "Downloads: 12345"}));
+}
+
+TEST(InternalPages, DownloadButtonsFollowTheStatus) {
+    using A = DownloadAction;
+    const struct {
+        DownloadStatus status;
+        std::optional<std::string> path;
+        std::vector<DownloadAction> actions;
+    } cases[] = {
+        {DownloadStatus::Started, "/tmp/a", {A::Pause, A::Cancel}},
+        {DownloadStatus::Paused, std::nullopt, {A::Resume, A::Cancel}},
+        {DownloadStatus::Finished, "/tmp/a", {A::Reveal}},
+        {DownloadStatus::Finished, std::nullopt, {}},
+        {DownloadStatus::Failed, std::nullopt, {A::Retry}},
+        {DownloadStatus::Cancelled, "/tmp/a", {A::Retry}},
+    };
+    for (const auto& c : cases) {
+        DownloadRecord record;
+        record.status = c.status;
+        record.destinationPath = c.path;
+        EXPECT_EQ(downloadActions(record), c.actions) << rawValue(c.status);
+    }
+}
+
+} // namespace
+} // namespace ovel
