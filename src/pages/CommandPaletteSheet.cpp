@@ -5,8 +5,19 @@
 #include "pages/SheetIcons.h"
 #include "state/BrowserState.h"
 
+#include <algorithm>
+
 namespace ovel {
 namespace {
+
+// Names a widget again only when the name changed: each change is announced to assistive
+// technologies.
+void rename(GtkWidget* widget, const std::string& name) {
+    const char* current = accessibleLabel(widget);
+    if (current == nullptr || name != current) {
+        setAccessibleLabel(widget, name);
+    }
+}
 
 GtkWidget* label(const char* cssClass) {
     GtkWidget* widget = gtk_label_new(nullptr);
@@ -42,7 +53,7 @@ CommandPaletteSheet::CommandPaletteSheet(BrowserState& state, SheetHost& host)
     setAccessibleLabel(entry_, "Type a command, tab, or workspace");
     gtk_widget_set_hexpand(entry_, TRUE);
     gtk_box_append(GTK_BOX(header), entry_);
-    entryChanged_ = signals_.connect(entry_, "changed", [this](GtkEditable*) { rebuild(); });
+    entryChanged_ = signals_.connect(entry_, "changed", [this](GtkEditable*) { filter(); });
     signals_.connect(entry_, "activate", [this](GtkEntry*) { executePrimary(); });
     // Down and Tab lead from the field into the list; the rows then behave as buttons.
     GtkEventController* keys = gtk_event_controller_key_new();
@@ -96,7 +107,7 @@ CommandPaletteSheet::CommandPaletteSheet(BrowserState& state, SheetHost& host)
 }
 
 CommandPaletteSheet::~CommandPaletteSheet() {
-    host_.close(root_.get());
+    host_.release(root_.get());
 }
 
 void CommandPaletteSheet::showFlagChanged(bool show) {
@@ -123,18 +134,35 @@ void CommandPaletteSheet::dismiss() {
 }
 
 void CommandPaletteSheet::rebuild() {
-    actions_ = commandPaletteActions(state_, gtk_editable_get_text(GTK_EDITABLE(entry_)));
+    actions_ = commandPaletteActions(state_, "");
     for (std::size_t i = 0; i < actions_.size(); ++i) {
         const CommandPaletteAction& action = actions_[i];
         Row& row = rowAt(i);
         gtk_image_set_from_icon_name(GTK_IMAGE(row.icon), iconFor(action.symbol));
         gtk_label_set_text(GTK_LABEL(row.title), action.title.c_str());
         gtk_label_set_text(GTK_LABEL(row.subtitle), action.subtitle.c_str());
-        setAccessibleLabel(row.button, action.title);
-        gtk_widget_set_visible(row.button, TRUE);
+        rename(row.button, action.title);
     }
     for (std::size_t i = actions_.size(); i < rows_.size(); ++i) {
         gtk_widget_set_visible(rows_[i].button, FALSE);
+    }
+    filter();
+}
+
+void CommandPaletteSheet::filter() {
+    // The matches come in the full list's order, so each is the next row with its texts; rows
+    // with the same texts match alike.
+    const auto matches = commandPaletteActions(state_, gtk_editable_get_text(GTK_EDITABLE(entry_)));
+    auto match = matches.begin();
+    firstShown_ = actions_.size();
+    for (std::size_t i = 0; i < actions_.size(); ++i) {
+        const bool shown = match != matches.end() && match->title == actions_[i].title &&
+                           match->subtitle == actions_[i].subtitle;
+        if (shown) {
+            ++match;
+            firstShown_ = std::min(firstShown_, i);
+        }
+        gtk_widget_set_visible(rows_[i].button, shown);
     }
 }
 
@@ -170,11 +198,11 @@ CommandPaletteSheet::Row& CommandPaletteSheet::rowAt(std::size_t index) {
 }
 
 GtkWidget* CommandPaletteSheet::firstRow() const {
-    return actions_.empty() ? nullptr : rows_.front().button;
+    return firstShown_ < actions_.size() ? rows_[firstShown_].button : nullptr;
 }
 
 void CommandPaletteSheet::runEntry(const CommandPaletteAction& action) {
-    // A copy: running it changes the state, which rebuilds the list the entry came from.
+    // A copy: running it changes the state, which rebuilds the list the entry may come from.
     const std::function<void()> run = action.run;
     run();
     dismiss();

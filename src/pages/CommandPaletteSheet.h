@@ -29,7 +29,8 @@ public:
     GtkWidget* widget() const { return root_.get(); }
 
 private:
-    // One button per entry shown, kept and relabelled as the list changes.
+    // One button per entry of the full list, relabelled when the state changes; a query only
+    // hides the rows that do not match, so typing lays out no text.
     struct Row {
         GtkWidget* button;
         GtkWidget* icon;
@@ -39,7 +40,10 @@ private:
 
     void showFlagChanged(bool show);
     void dismiss();
+    // Rebuilds the full list from the state, then filters it.
     void rebuild();
+    // Shows the rows of the entries that match the query, hides the others.
+    void filter();
     void runEntry(const CommandPaletteAction& action);
     void executePrimary();
     Row& rowAt(std::size_t index);
@@ -54,7 +58,9 @@ private:
     GtkWidget* scroller_ = nullptr;
     gulong entryChanged_ = 0;
     std::vector<Row> rows_;
+    // The full list, as the rows show it.
     std::vector<CommandPaletteAction> actions_;
+    std::size_t firstShown_ = 0;
     GSignalConnections signals_;
     Connections connections_;
 };

@@ -63,7 +63,16 @@ void SheetHost::present(GtkWidget* sheet, std::function<void()> dismiss) {
     gtk_widget_set_halign(sheet, GTK_ALIGN_CENTER);
     gtk_widget_set_valign(sheet, GTK_ALIGN_CENTER);
     gtk_widget_set_visible(sheet, TRUE);
-    gtk_overlay_add_overlay(GTK_OVERLAY(layer_.get()), sheet);
+    if (gtk_widget_get_parent(sheet) != layer_.get()) {
+        gtk_overlay_add_overlay(GTK_OVERLAY(layer_.get()), sheet);
+    }
+}
+
+void SheetHost::release(GtkWidget* sheet) {
+    close(sheet);
+    if (gtk_widget_get_parent(sheet) == layer_.get()) {
+        gtk_overlay_remove_overlay(GTK_OVERLAY(layer_.get()), sheet);
+    }
 }
 
 void SheetHost::close(GtkWidget* sheet) {
@@ -76,7 +85,7 @@ void SheetHost::close(GtkWidget* sheet) {
     const bool wasTop = found + 1 == shown_.end();
     const Shown closing = std::move(*found);
     shown_.erase(found);
-    gtk_overlay_remove_overlay(GTK_OVERLAY(layer_.get()), sheet);
+    gtk_widget_set_visible(sheet, FALSE);
     if (!shown_.empty()) {
         if (wasTop) {
             GtkWidget* top = shown_.back().sheet.get();

@@ -28,7 +28,10 @@ public:
     // Shows `sheet` above any other. `dismiss` is how the backdrop and Escape ask it to close;
     // the sheet closes when its owner calls close().
     void present(GtkWidget* sheet, std::function<void()> dismiss);
+    // Hides `sheet`. It stays on the layer, styled and laid out, so it shows again quickly.
     void close(GtkWidget* sheet);
+    // Closes `sheet` and takes it off the layer, for good.
+    void release(GtkWidget* sheet);
     bool isShowing(GtkWidget* sheet) const;
 
 private:

@@ -15,6 +15,15 @@ namespace {
 constexpr int cardMinimumWidth = 230;
 constexpr int gridSpacing = 14;
 
+// Names a widget again only when the name changed: each change is announced to assistive
+// technologies.
+void rename(GtkWidget* widget, const std::string& name) {
+    const char* current = accessibleLabel(widget);
+    if (current == nullptr || name != current) {
+        setAccessibleLabel(widget, name);
+    }
+}
+
 GtkWidget* singleLine(const char* cssClass) {
     GtkWidget* label = gtk_label_new(nullptr);
     gtk_label_set_xalign(GTK_LABEL(label), 0);
@@ -99,7 +108,7 @@ TabOverviewSheet::TabOverviewSheet(BrowserState& state, SheetHost& host)
 }
 
 TabOverviewSheet::~TabOverviewSheet() {
-    host_.close(root_.get());
+    host_.release(root_.get());
     // The cards' buttons go with the grid; their handlers go first.
     cards_.clear();
 }
@@ -230,8 +239,8 @@ void TabOverviewSheet::updateCard(Card& card, const BrowserTab& tab) {
     const std::string& title = tab.title.get();
     gtk_label_set_text(GTK_LABEL(card.title), title.c_str());
     gtk_label_set_text(GTK_LABEL(card.host), tabHostOrStartPage(tab).c_str());
-    setAccessibleLabel(card.button, title);
-    setAccessibleLabel(card.close, "Close " + title);
+    rename(card.button, title);
+    rename(card.close, "Close " + title);
 }
 
 void TabOverviewSheet::applyFilter() {
