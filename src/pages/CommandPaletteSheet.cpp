@@ -10,15 +10,6 @@
 namespace ovel {
 namespace {
 
-// Names a widget again only when the name changed: each change is announced to assistive
-// technologies.
-void rename(GtkWidget* widget, const std::string& name) {
-    const char* current = accessibleLabel(widget);
-    if (current == nullptr || name != current) {
-        setAccessibleLabel(widget, name);
-    }
-}
-
 GtkWidget* label(const char* cssClass) {
     GtkWidget* widget = gtk_label_new(nullptr);
     gtk_label_set_xalign(GTK_LABEL(widget), 0);
@@ -30,8 +21,11 @@ GtkWidget* label(const char* cssClass) {
 } // namespace
 
 CommandPaletteSheet::CommandPaletteSheet(BrowserState& state, SheetHost& host)
-    : state_(state), host_(host), root_(GObjectRef<GtkWidget>::retain(gtk_overlay_new())) {
+    : state_(state), host_(host),
+      root_(GObjectRef<GtkWidget>::retain(GTK_WIDGET(g_object_new(
+          GTK_TYPE_OVERLAY, "accessible-role", GTK_ACCESSIBLE_ROLE_DIALOG, nullptr)))) {
     GtkWidget* root = root_.get();
+    setAccessibleLabel(root, "Command Palette");
     gtk_widget_add_css_class(root, "ovel-sheet");
     gtk_widget_add_css_class(root, "ovel-command-palette");
     gtk_widget_set_size_request(root, 760, 480);
@@ -141,7 +135,7 @@ void CommandPaletteSheet::rebuild() {
         gtk_image_set_from_icon_name(GTK_IMAGE(row.icon), iconFor(action.symbol));
         gtk_label_set_text(GTK_LABEL(row.title), action.title.c_str());
         gtk_label_set_text(GTK_LABEL(row.subtitle), action.subtitle.c_str());
-        rename(row.button, action.title);
+        setAccessibleLabel(row.button, action.title);
     }
     for (std::size_t i = actions_.size(); i < rows_.size(); ++i) {
         gtk_widget_set_visible(rows_[i].button, FALSE);

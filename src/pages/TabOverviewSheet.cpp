@@ -15,15 +15,6 @@ namespace {
 constexpr int cardMinimumWidth = 230;
 constexpr int gridSpacing = 14;
 
-// Names a widget again only when the name changed: each change is announced to assistive
-// technologies.
-void rename(GtkWidget* widget, const std::string& name) {
-    const char* current = accessibleLabel(widget);
-    if (current == nullptr || name != current) {
-        setAccessibleLabel(widget, name);
-    }
-}
-
 GtkWidget* singleLine(const char* cssClass) {
     GtkWidget* label = gtk_label_new(nullptr);
     gtk_label_set_xalign(GTK_LABEL(label), 0);
@@ -36,8 +27,11 @@ GtkWidget* singleLine(const char* cssClass) {
 } // namespace
 
 TabOverviewSheet::TabOverviewSheet(BrowserState& state, SheetHost& host)
-    : state_(state), host_(host), root_(GObjectRef<GtkWidget>::retain(gtk_overlay_new())) {
+    : state_(state), host_(host),
+      root_(GObjectRef<GtkWidget>::retain(GTK_WIDGET(g_object_new(
+          GTK_TYPE_OVERLAY, "accessible-role", GTK_ACCESSIBLE_ROLE_DIALOG, nullptr)))) {
     GtkWidget* root = root_.get();
+    setAccessibleLabel(root, "Tab Overview");
     gtk_widget_add_css_class(root, "ovel-sheet");
     gtk_widget_add_css_class(root, "ovel-tab-overview");
     gtk_widget_set_size_request(root, 820, 520);
@@ -239,8 +233,8 @@ void TabOverviewSheet::updateCard(Card& card, const BrowserTab& tab) {
     const std::string& title = tab.title.get();
     gtk_label_set_text(GTK_LABEL(card.title), title.c_str());
     gtk_label_set_text(GTK_LABEL(card.host), tabHostOrStartPage(tab).c_str());
-    rename(card.button, title);
-    rename(card.close, "Close " + title);
+    setAccessibleLabel(card.button, title);
+    setAccessibleLabel(card.close, "Close " + title);
 }
 
 void TabOverviewSheet::applyFilter() {

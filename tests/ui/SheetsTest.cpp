@@ -206,7 +206,7 @@ TEST_F(SheetsTest, OverviewCardsCloseSelectAndFilter) {
     EXPECT_TRUE(hasFocus(behind));
 }
 
-TEST_F(SheetsTest, PaletteOpensTheOverviewOverItself) {
+TEST_F(SheetsTest, PaletteOpensTheOverviewOverItselfAndTheBackdropClosesIt) {
     state->setShowCommandPalette(true);
     settle();
     gtk_editable_set_text(GTK_EDITABLE(paletteField()), "grid");
@@ -214,7 +214,14 @@ TEST_F(SheetsTest, PaletteOpensTheOverviewOverItself) {
     EXPECT_FALSE(state->showCommandPalette.get());
     ASSERT_TRUE(state->showTabOverview.get());
     EXPECT_TRUE(hasFocus(overviewField()));
-    EXPECT_TRUE(press(host->widget(), GDK_KEY_Escape));
+    // A click on the dimmed backdrop around the sheet.
+    GtkWidget* backdrop = gtk_overlay_get_child(GTK_OVERLAY(host->widget()));
+    GListModel* controllers = gtk_widget_observe_controllers(backdrop);
+    auto* gesture = static_cast<GObject*>(g_list_model_get_item(controllers, 0));
+    g_signal_emit_by_name(gesture, "released", 1, 5.0, 5.0);
+    g_object_unref(gesture);
+    g_object_unref(controllers);
+    EXPECT_FALSE(state->showTabOverview.get());
     EXPECT_FALSE(gtk_widget_get_visible(host->widget()));
     EXPECT_TRUE(hasFocus(behind));
 }
