@@ -117,6 +117,12 @@ protected:
         return named(palette->widget(), "Type a command, tab, or workspace");
     }
     GtkWidget* overviewField() { return named(overview->widget(), "Search tabs by title or host"); }
+    bool contentHidden(bool hidden) const {
+        char* mismatch = gtk_test_accessible_check_state(
+            GTK_ACCESSIBLE(content), GTK_ACCESSIBLE_STATE_HIDDEN, hidden ? TRUE : FALSE);
+        g_free(mismatch);
+        return mismatch == nullptr;
+    }
     static void click(GtkWidget* button) { g_signal_emit_by_name(button, "clicked"); }
     void settle() { runMainLoopFor(std::chrono::milliseconds(30)); }
 
@@ -135,6 +141,7 @@ TEST_F(SheetsTest, PaletteOpensEmptyRunsOnlyAMatchAndGivesTheFocusBack) {
     EXPECT_TRUE(hasFocus(field));
     EXPECT_STREQ(gtk_editable_get_text(GTK_EDITABLE(field)), "");
     EXPECT_EQ(paletteRows().size(), 9u + 3 + 1) << "commands, three tabs, one workspace";
+    EXPECT_TRUE(contentHidden(true)) << "the window behind is hidden from assistive technologies";
 
     // Tab, wrapping around at the end as the window does, stays in the sheet.
     for (int i = 0; i < 40; ++i) {
@@ -166,6 +173,7 @@ TEST_F(SheetsTest, PaletteOpensEmptyRunsOnlyAMatchAndGivesTheFocusBack) {
     EXPECT_TRUE(press(host->widget(), GDK_KEY_Escape));
     EXPECT_FALSE(state->showCommandPalette.get());
     EXPECT_TRUE(hasFocus(behind));
+    EXPECT_TRUE(contentHidden(false));
 }
 
 TEST_F(SheetsTest, PaletteRowsFollowTheStateAndTakeTheKeyboard) {
