@@ -9,6 +9,11 @@ constexpr const char* labelKey = "ovel-accessible-label";
 } // namespace
 
 void setAccessibleLabel(GtkWidget* widget, const std::string& label) {
+    // Every change is announced to assistive technologies: views relabelling their rows on
+    // each update would announce names that did not change.
+    if (const char* current = accessibleLabel(widget); current != nullptr && label == current) {
+        return;
+    }
     gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
                                    label.c_str(), -1);
     g_object_set_data_full(G_OBJECT(widget), labelKey, g_strdup(label.c_str()), g_free);
