@@ -1,9 +1,9 @@
 #pragma once
 
+#include "chrome/BrowserRootView.h"
 #include "chrome/WebContainer.h"
 
 #include <gtk/gtk.h>
-#include <sigc++/connection.h>
 
 #include <memory>
 
@@ -11,7 +11,8 @@ namespace ovel {
 
 class BrowserState;
 
-// The one browser window: an address entry over the page area.
+// The one browser window. It has no title bar of its own: its content, BrowserRootView,
+// reaches the top edge, and the tab strip row drags the window and holds its controls.
 class BrowserWindow {
 public:
     BrowserWindow(GtkApplication* application, BrowserState& state,
@@ -22,15 +23,13 @@ public:
     BrowserWindow& operator=(const BrowserWindow&) = delete;
 
     GtkWindow* window() const { return window_; }
-    GtkEntry* addressEntry() const { return addressEntry_; }
-    const WebContainer& webContainer() const { return *webContainer_; }
+    BrowserRootView& rootView() { return *rootView_; }
+    GtkEntry* addressEntry() const { return rootView_->addressEntry(); }
+    const WebContainer& webContainer() const { return rootView_->webContainer(); }
 
 private:
-    BrowserState& state_;
     GtkWindow* window_;
-    GtkEntry* addressEntry_;
-    std::unique_ptr<WebContainer> webContainer_;
-    sigc::connection addressConnection_;
+    std::unique_ptr<BrowserRootView> rootView_;
 };
 
 } // namespace ovel

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "chrome/AnimatedOrbs.h"
+#include "chrome/ChromeStyle.h"
+#include "chrome/SlideRevealer.h"
+#include "chrome/WebContainer.h"
+
+#include <gtk/gtk.h>
+#include <sigc++/connection.h>
+
+#include <memory>
+#include <vector>
+
+namespace ovel {
+
+class BrowserState;
+
+// The whole content of the browser window: the theme's gradient with the breathing orbs, and
+// over it one rounded glass card holding, beside the sliding sidebar, the tab strip row (the
+// window's drag handle, with the window controls at its end), the toolbar row with the address
+// field, the find bar, the page and the download shelf.
+class BrowserRootView {
+public:
+    BrowserRootView(BrowserState& state, WebContainer::WidgetResolver resolver);
+    ~BrowserRootView();
+
+    BrowserRootView(const BrowserRootView&) = delete;
+    BrowserRootView& operator=(const BrowserRootView&) = delete;
+
+    GtkWidget* widget() const { return root_; }
+    GtkEntry* addressEntry() const { return addressEntry_; }
+    const WebContainer& webContainer() const { return *webContainer_; }
+    AnimatedOrbs& orbs() { return orbs_; }
+
+    SlideRevealer& sidebar() { return sidebar_; }
+    SlideRevealer& findBar() { return findBar_; }
+    SlideRevealer& downloadShelf() { return downloadShelf_; }
+
+    // The rows that the tab strip and the toolbar fill.
+    GtkWidget* tabStripSlot() const { return tabStripSlot_; }
+    GtkWidget* toolbarSlot() const { return toolbarSlot_; }
+
+private:
+    void applyTheme();
+
+    BrowserState& state_;
+    ChromeStyle style_;
+    AnimatedOrbs orbs_;
+    SlideRevealer sidebar_;
+    SlideRevealer findBar_;
+    SlideRevealer downloadShelf_;
+    std::unique_ptr<WebContainer> webContainer_;
+    GtkWidget* root_;
+    GtkWidget* tabStripSlot_;
+    GtkWidget* toolbarSlot_;
+    GtkEntry* addressEntry_;
+    std::vector<sigc::connection> connections_;
+};
+
+} // namespace ovel
