@@ -69,7 +69,7 @@ constexpr std::array<OrbLayout, 2> orbLayouts{{
 
 constexpr std::int64_t breathMicroseconds = 6'000'000;
 // 20 frames a second at most; a little under 50 ms so a 60 Hz clock draws every third frame.
-constexpr std::int64_t minimumFrameMicroseconds = 48'000;
+constexpr std::int64_t minimumFrameMicroseconds = 64'000;
 
 double easeInOutQuad(double t) {
     return t < 0.5 ? 2 * t * t : 1 - std::pow(-2 * t + 2, 2) / 2;
@@ -409,18 +409,24 @@ void AnimatedOrbs::snapshot(GtkSnapshot* snapshot) {
         }
     }
 
+    // Only where an orb lies: the previous frame's nodes count as damage too, so the place an
+    // orb left is repainted with the gradient alone.
+    cairo_region_t* orbArea = cairo_region_create();
+    for (const Placed& orb : placed) {
+        const int left = static_cast<int>(std::floor(orb.x));
+        const int top = static_cast<int>(std::floor(orb.y));
+        cairo_rectangle_int_t square = {left, top,
+                                        static_cast<int>(std::ceil(orb.x + orb.side)) - left,
+                                        static_cast<int>(std::ceil(orb.y + orb.side)) - top};
+        cairo_region_union_rectangle(orbArea, &square);
+    }
+    cairo_region_intersect(region, orbArea);
+    cairo_region_destroy(orbArea);
+
     const int rectangles = cairo_region_num_rectangles(region);
     for (int r = 0; r < rectangles; ++r) {
         cairo_rectangle_int_t area;
         cairo_region_get_rectangle(region, r, &area);
-        bool touched = false;
-        for (const Placed& orb : placed) {
-            touched = touched || (orb.x < area.x + area.width && orb.x + orb.side > area.x &&
-                                  orb.y < area.y + area.height && orb.y + orb.side > area.y);
-        }
-        if (!touched) {
-            continue;
-        }
         const graphene_rect_t areaBounds =
             GRAPHENE_RECT_INIT(static_cast<float>(area.x), static_cast<float>(area.y),
                                static_cast<float>(area.width), static_cast<float>(area.height));
