@@ -75,83 +75,6 @@ double easeInOutQuad(double t) {
     return t < 0.5 ? 2 * t * t : 1 - std::pow(-2 * t + 2, 2) / 2;
 }
 
-// Blur radii follow GTK's blur node: the Gaussian's standard deviation is half the radius.
-// Three box blurs of the width below come within a few per cent of that Gaussian.
-int boxWidth(double sigma) {
-    const int width = static_cast<int>(std::floor(sigma * 3 * std::sqrt(2 * M_PI) / 4 + 0.5));
-    return width | 1;
-}
-
-void boxBlurLine(const std::uint8_t* in, std::uint8_t* out, int length, int step, int half) {
-    // Running sum over [i - half, i + half], edges read as zero.
-    int sum = 0;
-    const int width = 2 * half + 1;
-    for (int i = 0; i < std::min(half, length); ++i) {
-        sum += in[i * step];
-    }
-    for (int i = 0; i < length; ++i) {
-        if (i + half < length) {
-            sum += in[(i + half) * step];
-        }
-        if (i - half - 1 >= 0) {
-            sum -= in[(i - half - 1) * step];
-        }
-        out[i * step] = static_cast<std::uint8_t>((sum + width / 2) / width);
-    }
-}
-
-void blurMask(std::vector<std::uint8_t>& mask, int side, double sigma) {
-    const int half = boxWidth(sigma) / 2;
-    std::vector<std::uint8_t> scratch(mask.size());
-    for (int pass = 0; pass < 3; ++pass) {
-        for (int y = 0; y < side; ++y) {
-            boxBlurLine(&mask[y * side], &scratch[y * side], side, 1, half);
-        }
-        for (int x = 0; x < side; ++x) {
-            boxBlurLine(&scratch[x], &mask[x], side, side, half);
-        }
-    }
-}
-
-// One orb, blurred, as a premultiplied image `side` device pixels square.
-cairo_surface_t* renderOrb(const OrbLayout& layout, const Rgba& color, int scale, double pad) {
-    const int side = static_cast<int>(std::ceil((layout.size + 2 * pad) * scale));
-    std::vector<std::uint8_t> mask(static_cast<std::size_t>(side) * side);
-    const double centre = side / 2.0;
-    const double radius = layout.size * scale / 2.0;
-    for (int y = 0; y < side; ++y) {
-        for (int x = 0; x < side; ++x) {
-            const double distance = std::hypot(x + 0.5 - centre, y + 0.5 - centre);
-            const double coverage = std::clamp(radius - distance + 0.5, 0.0, 1.0);
-            mask[y * side + x] = static_cast<std::uint8_t>(std::lround(coverage * 255));
-        }
-    }
-    blurMask(mask, side, layout.blurRadius / 2 * scale);
-
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, side, side);
-    cairo_surface_flush(surface);
-    unsigned char* data = cairo_image_surface_get_data(surface);
-    const int stride = cairo_image_surface_get_stride(surface);
-    for (int y = 0; y < side; ++y) {
-        auto* row = reinterpret_cast<std::uint32_t*>(data + y * stride);
-        for (int x = 0; x < side; ++x) {
-            const double alpha = mask[y * side + x] / 255.0 * color.alpha;
-            auto channel = [alpha](double value) {
-                return static_cast<std::uint32_t>(std::lround(value * alpha * 255));
-            };
-            row[x] = channel(1.0) << 24 | channel(color.red) << 16 | channel(color.green) << 8 |
-                     channel(color.blue);
-        }
-    }
-    cairo_surface_mark_dirty(surface);
-    cairo_surface_set_device_scale(surface, scale, scale);
-    return surface;
-}
-
-double orbPad(const OrbLayout& layout) {
-    return std::ceil(layout.blurRadius / 2 * 3);
-}
-
 } // namespace
 
 AnimatedOrbs::AnimatedOrbs()
@@ -180,7 +103,6 @@ AnimatedOrbs::~AnimatedOrbs() {
         gtk_widget_remove_tick_callback(widget_, tickId_);
     }
     reinterpret_cast<OvelOrbsWidget*>(widget_)->owner = nullptr;
-    releaseOrbs();
     g_object_unref(widget_);
 }
 
@@ -189,12 +111,41 @@ GtkWidget* AnimatedOrbs::widget() const {
 }
 
 void AnimatedOrbs::setTheme(BrowserTheme theme) {
-    if (theme == theme_ && !orbsStale_) {
+    endThemeChange();
+    if (theme != theme_) {
+        theme_ = theme;
+        orbs_ = {};
+        gtk_widget_queue_draw(widget_);
+    }
+}
+
+void AnimatedOrbs::beginThemeChange(BrowserTheme theme) {
+    if (theme == theme_) {
         return;
     }
+    // A change that starts before the last one ended leaves from what is mostly on show.
+    if (!previousTheme_ || themeBlend_ >= 0.5) {
+        previousTheme_ = theme_;
+        previousOrbs_ = std::move(orbs_);
+    }
     theme_ = theme;
-    orbsStale_ = true;
+    orbs_ = {};
+    themeBlend_ = 0;
     gtk_widget_queue_draw(widget_);
+}
+
+void AnimatedOrbs::setThemeBlend(double blend) {
+    themeBlend_ = std::clamp(blend, 0.0, 1.0);
+    gtk_widget_queue_draw(widget_);
+}
+
+void AnimatedOrbs::endThemeChange() {
+    if (previousTheme_) {
+        previousTheme_.reset();
+        previousOrbs_ = {};
+        themeBlend_ = 1;
+        gtk_widget_queue_draw(widget_);
+    }
 }
 
 void AnimatedOrbs::setBreathe(bool breathe) {
@@ -317,41 +268,27 @@ void AnimatedOrbs::tick(std::int64_t frameTime) {
     gtk_widget_queue_draw(widget_);
 }
 
-void AnimatedOrbs::releaseOrbs() {
-    for (cairo_surface_t*& surface : orbSurfaces_) {
-        if (surface != nullptr) {
-            cairo_surface_destroy(surface);
-            surface = nullptr;
-        }
-    }
-}
-
-void AnimatedOrbs::renderOrbs() {
+void AnimatedOrbs::renderOrbs(OrbPair& orbs, BrowserTheme theme) {
     const int scale = std::max(1, gtk_widget_get_scale_factor(widget_));
-    if (!orbsStale_ && scale == orbScale_) {
+    if (scale != orbScale_) {
+        orbs_ = {};
+        previousOrbs_ = {};
+        orbScale_ = scale;
+    }
+    if (orbs[0]) {
         return;
     }
-    releaseOrbs();
-    const ThemeColors colors = themeColors(theme_);
+    const ThemeColors colors = themeColors(theme);
     for (std::size_t i = 0; i < orbLayouts.size(); ++i) {
-        orbSurfaces_[i] =
-            renderOrb(orbLayouts[i], colors.orbColors[i], scale, orbPad(orbLayouts[i]));
+        orbs[i] = OrbImage::render(orbLayouts[i].size, orbLayouts[i].blurRadius,
+                                   colors.orbColors[i], scale);
     }
-    orbScale_ = scale;
-    orbsStale_ = false;
 }
 
-void AnimatedOrbs::snapshot(GtkSnapshot* snapshot) {
-    const double width = gtk_widget_get_width(widget_);
-    const double height = gtk_widget_get_height(widget_);
-    if (width <= 0 || height <= 0) {
-        return;
-    }
-    const graphene_rect_t bounds =
-        GRAPHENE_RECT_INIT(0, 0, static_cast<float>(width), static_cast<float>(height));
-
-    // The gradient runs from the top-left corner to the bottom-right one, stops evenly spaced.
-    const ThemeColors colors = themeColors(theme_);
+void AnimatedOrbs::appendGradient(GtkSnapshot* snapshot, BrowserTheme theme, double width,
+                                  double height) {
+    // From the top-left corner to the bottom-right one, stops evenly spaced.
+    const ThemeColors colors = themeColors(theme);
     std::vector<GskColorStop> stops;
     const std::size_t count = colors.backgroundGradient.count;
     for (std::size_t i = 0; i < count; ++i) {
@@ -360,69 +297,85 @@ void AnimatedOrbs::snapshot(GtkSnapshot* snapshot) {
                          {static_cast<float>(stop.red), static_cast<float>(stop.green),
                           static_cast<float>(stop.blue), static_cast<float>(stop.alpha)}});
     }
+    const graphene_rect_t bounds =
+        GRAPHENE_RECT_INIT(0, 0, static_cast<float>(width), static_cast<float>(height));
     const graphene_point_t start = GRAPHENE_POINT_INIT(0, 0);
     const graphene_point_t end =
         GRAPHENE_POINT_INIT(static_cast<float>(width), static_cast<float>(height));
     gtk_snapshot_append_linear_gradient(snapshot, &bounds, &start, &end, stops.data(),
                                         stops.size());
+}
 
-    renderOrbs();
-    const int scale = orbScale_;
-    struct Placed {
-        cairo_surface_t* surface;
-        double x, y, side;
-    };
-    std::array<Placed, 2> placed{};
-    for (std::size_t i = 0; i < orbLayouts.size(); ++i) {
-        const OrbLayout& layout = orbLayouts[i];
-        const double offsetX = layout.restX + (layout.spreadX - layout.restX) * spread_;
-        const double offsetY = layout.restY + (layout.spreadY - layout.restY) * spread_;
-        const double side = layout.size + 2 * orbPad(layout);
-        // Whole device pixels, so the copy is a plain blit.
-        const double x = std::round((width / 2 + offsetX - side / 2) * scale) / scale;
-        const double y = std::round((height / 2 + offsetY - side / 2) * scale) / scale;
-        placed[i] = {orbSurfaces_[i], x, y, side};
-    }
-
-    // Where to draw: everywhere but under the opaque page, whose rounded corners let the
-    // layer show through.
+cairo_region_t* AnimatedOrbs::visibleRegion(double width, double height) const {
+    // Everywhere but under the opaque page, whose rounded corners let the layer show through.
     cairo_rectangle_int_t whole = {0, 0, static_cast<int>(std::ceil(width)),
                                    static_cast<int>(std::ceil(height))};
     cairo_region_t* region = cairo_region_create_rectangle(&whole);
     graphene_rect_t page;
-    if (cover_ != nullptr && gtk_widget_get_mapped(cover_) &&
-        gtk_widget_compute_bounds(cover_, widget_, &page)) {
-        const int left = static_cast<int>(std::ceil(page.origin.x));
-        const int top = static_cast<int>(std::ceil(page.origin.y));
-        const int right = static_cast<int>(std::floor(page.origin.x + page.size.width));
-        const int bottom = static_cast<int>(std::floor(page.origin.y + page.size.height));
-        const int corner = static_cast<int>(std::ceil(coverRadius_));
-        if (right - left > 2 * corner && bottom - top > 2 * corner) {
-            cairo_rectangle_int_t covered = {left, top, right - left, bottom - top};
-            cairo_region_subtract_rectangle(region, &covered);
-            for (int cx : {left, right - corner}) {
-                for (int cy : {top, bottom - corner}) {
-                    cairo_rectangle_int_t square = {cx, cy, corner, corner};
-                    cairo_region_union_rectangle(region, &square);
-                }
+    if (cover_ == nullptr || !gtk_widget_get_mapped(cover_) ||
+        !gtk_widget_compute_bounds(cover_, widget_, &page)) {
+        return region;
+    }
+    const int left = static_cast<int>(std::ceil(page.origin.x));
+    const int top = static_cast<int>(std::ceil(page.origin.y));
+    const int right = static_cast<int>(std::floor(page.origin.x + page.size.width));
+    const int bottom = static_cast<int>(std::floor(page.origin.y + page.size.height));
+    const int corner = static_cast<int>(std::ceil(coverRadius_));
+    if (right - left > 2 * corner && bottom - top > 2 * corner) {
+        cairo_rectangle_int_t covered = {left, top, right - left, bottom - top};
+        cairo_region_subtract_rectangle(region, &covered);
+        for (int x : {left, right - corner}) {
+            for (int y : {top, bottom - corner}) {
+                cairo_rectangle_int_t square = {x, y, corner, corner};
+                cairo_region_union_rectangle(region, &square);
             }
         }
     }
+    return region;
+}
 
-    // Only where an orb lies: the previous frame's nodes count as damage too, so the place an
-    // orb left is repainted with the gradient alone.
+void AnimatedOrbs::snapshot(GtkSnapshot* snapshot) {
+    const double width = gtk_widget_get_width(widget_);
+    const double height = gtk_widget_get_height(widget_);
+    if (width <= 0 || height <= 0) {
+        return;
+    }
+    const bool changingTheme = previousTheme_.has_value();
+    if (changingTheme) {
+        appendGradient(snapshot, *previousTheme_, width, height);
+        gtk_snapshot_push_opacity(snapshot, themeBlend_);
+        appendGradient(snapshot, theme_, width, height);
+        gtk_snapshot_pop(snapshot);
+        renderOrbs(previousOrbs_, *previousTheme_);
+    } else {
+        appendGradient(snapshot, theme_, width, height);
+    }
+    renderOrbs(orbs_, theme_);
+
+    // Whole device pixels, so each copy is a plain blit.
+    const int scale = orbScale_;
+    std::array<graphene_point_t, 2> origins{};
     cairo_region_t* orbArea = cairo_region_create();
-    for (const Placed& orb : placed) {
-        const int left = static_cast<int>(std::floor(orb.x));
-        const int top = static_cast<int>(std::floor(orb.y));
-        cairo_rectangle_int_t square = {left, top,
-                                        static_cast<int>(std::ceil(orb.x + orb.side)) - left,
-                                        static_cast<int>(std::ceil(orb.y + orb.side)) - top};
+    for (std::size_t i = 0; i < orbLayouts.size(); ++i) {
+        const OrbLayout& layout = orbLayouts[i];
+        const double offsetX = layout.restX + (layout.spreadX - layout.restX) * spread_;
+        const double offsetY = layout.restY + (layout.spreadY - layout.restY) * spread_;
+        const double side = orbs_[i].side();
+        const double x = std::round((width / 2 + offsetX - side / 2) * scale) / scale;
+        const double y = std::round((height / 2 + offsetY - side / 2) * scale) / scale;
+        origins[i] = GRAPHENE_POINT_INIT(static_cast<float>(x), static_cast<float>(y));
+        const int left = static_cast<int>(std::floor(x));
+        const int top = static_cast<int>(std::floor(y));
+        cairo_rectangle_int_t square = {left, top, static_cast<int>(std::ceil(x + side)) - left,
+                                        static_cast<int>(std::ceil(y + side)) - top};
         cairo_region_union_rectangle(orbArea, &square);
     }
+
+    // Drawn only where an orb lies and the page does not hide it. The previous frame's nodes
+    // count as damage too, so the place an orb left is repainted with the gradient alone.
+    cairo_region_t* region = visibleRegion(width, height);
     cairo_region_intersect(region, orbArea);
     cairo_region_destroy(orbArea);
-
     const int rectangles = cairo_region_num_rectangles(region);
     for (int r = 0; r < rectangles; ++r) {
         cairo_rectangle_int_t area;
@@ -433,9 +386,14 @@ void AnimatedOrbs::snapshot(GtkSnapshot* snapshot) {
         cairo_t* cr = gtk_snapshot_append_cairo(snapshot, &areaBounds);
         cairo_rectangle(cr, area.x, area.y, area.width, area.height);
         cairo_clip(cr);
-        for (const Placed& orb : placed) {
-            cairo_set_source_surface(cr, orb.surface, orb.x, orb.y);
-            cairo_paint(cr);
+        for (std::size_t i = 0; i < orbLayouts.size(); ++i) {
+            if (changingTheme) {
+                cairo_set_source_surface(cr, previousOrbs_[i].surface(), origins[i].x,
+                                         origins[i].y);
+                cairo_paint_with_alpha(cr, 1 - themeBlend_);
+            }
+            cairo_set_source_surface(cr, orbs_[i].surface(), origins[i].x, origins[i].y);
+            cairo_paint_with_alpha(cr, changingTheme ? themeBlend_ : 1.0);
         }
         cairo_destroy(cr);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "chrome/OrbImage.h"
 #include "records/Records.h"
 
 #include <cairo.h>
@@ -7,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 namespace ovel {
 
@@ -29,7 +31,13 @@ public:
 
     GtkWidget* widget() const;
 
+    // Shows `theme` at once.
     void setTheme(BrowserTheme theme);
+    // Shows `theme` over the current one, by `setThemeBlend` from 0 (the old theme) to 1 (the
+    // new one), until `endThemeChange`. Whoever shows the layer runs that animation.
+    void beginThemeChange(BrowserTheme theme);
+    void setThemeBlend(double blend);
+    void endThemeChange();
     void setBreathe(bool breathe);
     // The opaque page laid over this layer (a rectangle with rounded corners of
     // `cornerRadius`): the orbs are not drawn under it. Null draws everywhere.
@@ -49,8 +57,10 @@ public:
 private:
     static gboolean onTick(GtkWidget* widget, GdkFrameClock* clock, gpointer self);
     void tick(std::int64_t frameTime);
-    void renderOrbs();
-    void releaseOrbs();
+    using OrbPair = std::array<OrbImage, 2>;
+    void renderOrbs(OrbPair& orbs, BrowserTheme theme);
+    void appendGradient(GtkSnapshot* snapshot, BrowserTheme theme, double width, double height);
+    cairo_region_t* visibleRegion(double width, double height) const;
     bool shouldTick() const;
     void watchToplevel(bool watch);
 
@@ -60,9 +70,12 @@ private:
     GtkWidget* cover_ = nullptr;
     double coverRadius_ = 0;
 
-    std::array<cairo_surface_t*, 2> orbSurfaces_{};
+    OrbPair orbs_;
     int orbScale_ = 0;
-    bool orbsStale_ = true;
+    // The theme being left during a theme change, and how far the change has come.
+    std::optional<BrowserTheme> previousTheme_;
+    OrbPair previousOrbs_;
+    double themeBlend_ = 1;
 
     guint tickId_ = 0;
     // Time spent breathing before the clock last started, and when it started (µs).

@@ -99,9 +99,23 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     };
     connections_.push_back(state_.addressText.changed().connect(showAddress));
     showAddress();
+    auto* onBlend = +[](double value, gpointer orbs) {
+        static_cast<AnimatedOrbs*>(orbs)->setThemeBlend(value);
+    };
+    themeSpring_ =
+        adw_spring_animation_new(root_, 0, 1, springParams(Spring{0.42, 0.86}),
+                                 adw_callback_animation_target_new(onBlend, &orbs_, nullptr));
+    themeInstant_ = adw_timed_animation_new(
+        root_, 0, 1, 10, adw_callback_animation_target_new(onBlend, &orbs_, nullptr));
+    adw_timed_animation_set_easing(ADW_TIMED_ANIMATION(themeInstant_), ADW_LINEAR);
+    for (AdwAnimation* animation : {themeSpring_, themeInstant_}) {
+        g_signal_connect_swapped(animation, "done", G_CALLBACK(onThemeChangeDone), this);
+    }
+    shownTheme_ = state_.theme.get();
+    style_.applyTheme(shownTheme_);
+    orbs_.setTheme(shownTheme_);
     connections_.push_back(
         state_.theme.changed().connect([this](const auto&...) { applyTheme(); }));
-    applyTheme();
 
     // The orbs breathe from the moment the window is first shown, for its whole life.
     orbs_.setBreathe(true);
@@ -112,6 +126,11 @@ BrowserRootView::~BrowserRootView() {
         connection.disconnect();
     }
     g_signal_handlers_disconnect_by_data(addressEntry_, this);
+    for (AdwAnimation* animation : {themeSpring_, themeInstant_}) {
+        g_signal_handlers_disconnect_by_data(animation, this);
+        adw_animation_reset(animation);
+        g_object_unref(animation);
+    }
     orbs_.setCoveringWidget(nullptr, 0);
     webContainer_.reset();
     g_object_unref(addressEntry_);
@@ -120,8 +139,20 @@ BrowserRootView::~BrowserRootView() {
 
 void BrowserRootView::applyTheme() {
     const BrowserTheme theme = state_.theme.get();
+    if (theme == shownTheme_) {
+        return;
+    }
+    shownTheme_ = theme;
     style_.applyTheme(theme);
-    orbs_.setTheme(theme);
+    // The background fades from the old theme to the new one.
+    orbs_.beginThemeChange(theme);
+    adw_animation_reset(themeSpring_);
+    adw_animation_reset(themeInstant_);
+    adw_animation_play(state_.smoothAnimations.get() ? themeSpring_ : themeInstant_);
+}
+
+void BrowserRootView::onThemeChangeDone(BrowserRootView* view) {
+    view->orbs_.endThemeChange();
 }
 
 } // namespace ovel

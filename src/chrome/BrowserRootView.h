@@ -42,6 +42,7 @@ public:
 
 private:
     void applyTheme();
+    static void onThemeChangeDone(BrowserRootView* view);
 
     BrowserState& state_;
     ChromeStyle style_;
@@ -55,6 +56,11 @@ private:
     GtkWidget* toolbarSlot_;
     GtkEntry* addressEntry_;
     std::vector<sigc::connection> connections_;
+    // The background's move from one theme to the next: a spring, or 0.01 s without smooth
+    // animations.
+    AdwAnimation* themeSpring_ = nullptr;
+    AdwAnimation* themeInstant_ = nullptr;
+    BrowserTheme shownTheme_;
 };
 
 } // namespace ovel
