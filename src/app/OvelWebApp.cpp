@@ -1,6 +1,7 @@
 #include "app/OvelWebApp.h"
 
 #include "app/AppPaths.h"
+#include "chrome/BrowserCommands.h"
 #include "chrome/BrowserWindow.h"
 #include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
@@ -61,6 +62,7 @@ struct OvelWebApp::Parts {
     SoupFaviconFetcher favicons;
     GioDesktop desktop;
     std::shared_ptr<BrowserState> state;
+    std::unique_ptr<BrowserCommands> commands;
     std::unique_ptr<BrowserWindow> window;
     std::unique_ptr<StartupProbe> startupProbe;
 };
@@ -109,6 +111,7 @@ void OvelWebApp::startup() {
     parts_->state = BrowserState::create(
         BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue, parts_->clock,
                         parts_->uuids, parts_->favicons, parts_->desktop});
+    parts_->commands = std::make_unique<BrowserCommands>(application_, *parts_->state);
 }
 
 void OvelWebApp::activate() {
@@ -116,10 +119,9 @@ void OvelWebApp::activate() {
         gtk_window_present(parts_->window->window());
         return;
     }
-    parts_->window =
-        std::make_unique<BrowserWindow>(application_, *parts_->state, [](BrowserTab& tab) {
-            return WebKitWebViewAdapter::widgetOf(tab.webView());
-        });
+    auto pageOf = [](BrowserTab& tab) { return WebKitWebViewAdapter::widgetOf(tab.webView()); };
+    parts_->window = std::make_unique<BrowserWindow>(application_, *parts_->state, pageOf,
+                                                     parts_->commands->menu());
     g_signal_connect_swapped(parts_->window->window(), "destroy",
                              G_CALLBACK(+[](Parts* parts) { parts->window.reset(); }),
                              parts_.get());
@@ -133,6 +135,7 @@ void OvelWebApp::shutdown() {
     if (parts_) {
         parts_->startupProbe.reset();
         parts_->window.reset();
+        parts_->commands.reset();
         parts_->state.reset();
     }
 }

@@ -44,6 +44,14 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     GtkWidget* tabStripRow = box(GTK_ORIENTATION_HORIZONTAL, "tab-strip-row");
     gtk_widget_set_hexpand(tabStripSlot_, TRUE);
     gtk_box_append(GTK_BOX(tabStripRow), tabStripSlot_);
+    primaryMenuButton_ = GTK_MENU_BUTTON(gtk_menu_button_new());
+    gtk_menu_button_set_icon_name(primaryMenuButton_, "open-menu-symbolic");
+    gtk_menu_button_set_primary(primaryMenuButton_, TRUE);
+    gtk_widget_set_tooltip_text(GTK_WIDGET(primaryMenuButton_), "Main Menu");
+    setAccessibleLabel(GTK_WIDGET(primaryMenuButton_), "Main Menu");
+    gtk_widget_add_css_class(GTK_WIDGET(primaryMenuButton_), "primary-menu");
+    gtk_widget_set_valign(GTK_WIDGET(primaryMenuButton_), GTK_ALIGN_CENTER);
+    gtk_box_append(GTK_BOX(tabStripRow), GTK_WIDGET(primaryMenuButton_));
     gtk_box_append(GTK_BOX(tabStripRow), gtk_window_controls_new(GTK_PACK_END));
     GtkWidget* dragHandle = gtk_window_handle_new();
     gtk_window_handle_set_child(GTK_WINDOW_HANDLE(dragHandle), tabStripRow);
@@ -135,6 +143,10 @@ BrowserRootView::~BrowserRootView() {
     webContainer_.reset();
     g_object_unref(addressEntry_);
     g_object_unref(root_);
+}
+
+void BrowserRootView::setPrimaryMenu(GMenuModel* menu) {
+    gtk_menu_button_set_menu_model(primaryMenuButton_, menu);
 }
 
 void BrowserRootView::applyTheme() {

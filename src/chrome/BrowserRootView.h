@@ -36,6 +36,10 @@ public:
     SlideRevealer& findBar() { return findBar_; }
     SlideRevealer& downloadShelf() { return downloadShelf_; }
 
+    // The menu button at the end of the tab strip row, before the window controls.
+    void setPrimaryMenu(GMenuModel* menu);
+    GtkMenuButton* primaryMenuButton() const { return primaryMenuButton_; }
+
     // The rows that the tab strip and the toolbar fill.
     GtkWidget* tabStripSlot() const { return tabStripSlot_; }
     GtkWidget* toolbarSlot() const { return toolbarSlot_; }
@@ -55,6 +59,7 @@ private:
     GtkWidget* tabStripSlot_;
     GtkWidget* toolbarSlot_;
     GtkEntry* addressEntry_;
+    GtkMenuButton* primaryMenuButton_;
     std::vector<sigc::connection> connections_;
     // The background's move from one theme to the next: a spring, or 0.01 s without smooth
     // animations.

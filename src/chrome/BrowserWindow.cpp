@@ -10,7 +10,7 @@ constexpr int minimumHeight = 780;
 } // namespace
 
 BrowserWindow::BrowserWindow(GtkApplication* application, BrowserState& state,
-                             WebContainer::WidgetResolver resolver)
+                             WebContainer::WidgetResolver resolver, GMenuModel* primaryMenu)
     : window_(GTK_WINDOW(gtk_application_window_new(application))),
       rootView_(std::make_unique<BrowserRootView>(state, std::move(resolver))) {
     // Held so this object stays safe to destroy after GTK has destroyed the window.
@@ -23,6 +23,7 @@ BrowserWindow::BrowserWindow(GtkApplication* application, BrowserState& state,
     gtk_widget_set_visible(titlebar, FALSE);
     gtk_window_set_titlebar(window_, titlebar);
 
+    rootView_->setPrimaryMenu(primaryMenu);
     gtk_widget_set_size_request(rootView_->widget(), minimumWidth, minimumHeight);
     gtk_window_set_child(window_, rootView_->widget());
 }

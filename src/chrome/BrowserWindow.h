@@ -16,7 +16,7 @@ class BrowserState;
 class BrowserWindow {
 public:
     BrowserWindow(GtkApplication* application, BrowserState& state,
-                  WebContainer::WidgetResolver resolver);
+                  WebContainer::WidgetResolver resolver, GMenuModel* primaryMenu);
     ~BrowserWindow();
 
     BrowserWindow(const BrowserWindow&) = delete;
