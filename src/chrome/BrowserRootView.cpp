@@ -7,6 +7,7 @@ namespace ovel {
 namespace {
 
 constexpr double pageCornerRadius = 22;
+constexpr int sidebarWidth = 220;
 
 GtkWidget* box(GtkOrientation orientation, const char* cssClass) {
     GtkWidget* widget = gtk_box_new(orientation, 0);
@@ -38,6 +39,7 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     // The sidebar, sliding in from the leading edge.
     GtkWidget* sidebarPanel = box(GTK_ORIENTATION_VERTICAL, "sidebar");
     setAccessibleLabel(sidebarPanel, "Sidebar");
+    gtk_widget_set_size_request(sidebarPanel, sidebarWidth, -1);
     sidebar_.setChild(sidebarPanel);
 
     // The tab strip row: the window's drag handle, with the window controls at its end.

@@ -5,6 +5,7 @@
 #include "chrome/SlideRevealer.h"
 #include "chrome/ThemeCss.h"
 #include "support/BrowserFixture.h"
+#include "support/GtkScreenshot.h"
 #include "support/GtkWait.h"
 
 #include <gtest/gtest.h>
@@ -162,8 +163,13 @@ TEST_F(SlideRevealerTest, SpringsOpenThroughIntermediateWidthsAndClosesAtOnceWhe
 
 class BrowserRootViewTest : public test::BrowserFixture {
 protected:
-    void SetUp() override {
-        launchFresh();
+    void SetUp() override { open(BrowserTheme::Midnight); }
+    void TearDown() override { close(); }
+
+    void open(BrowserTheme theme) {
+        store = test::RecordingSettingsStore();
+        store.setString(BrowserState::themeKey, rawValue(theme));
+        launch();
         view_ = std::make_unique<BrowserRootView>(*state, [this](BrowserTab& tab) {
             GtkWidget*& page = pages_[&tab];
             if (page == nullptr) {
@@ -172,15 +178,18 @@ protected:
             return page;
         });
         window_ = GTK_WINDOW(gtk_window_new());
+        gtk_widget_add_css_class(GTK_WIDGET(window_), "ovel-window");
+        gtk_window_set_default_size(window_, 1200, 780);
         gtk_window_set_child(window_, view_->widget());
         gtk_window_present(window_);
     }
-    void TearDown() override {
+    void close() {
         gtk_window_destroy(window_);
         view_.reset();
         for (auto& [tab, page] : pages_) {
             g_object_unref(page);
         }
+        pages_.clear();
         state.reset();
     }
 
@@ -200,6 +209,37 @@ TEST_F(BrowserRootViewTest, PanelsStartHiddenOrbsBreatheAndThePageSitsInItsFrame
               view_->webContainer().widget());
     EXPECT_STREQ(gtk_editable_get_text(GTK_EDITABLE(view_->addressEntry())),
                  state->addressText.get().c_str());
+}
+
+TEST_F(BrowserRootViewTest, OpenPanelsShareTheCardWithThePage) {
+    for (BrowserTheme theme : {BrowserTheme::Ocean, BrowserTheme::Sunrise}) {
+        close();
+        open(theme);
+        GtkWidget* page = view_->webContainer().widget();
+        ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) > 0; }, 5s));
+        const int pageWidth = gtk_widget_get_width(page);
+        const int pageHeight = gtk_widget_get_height(page);
+
+        for (SlideRevealer* panel :
+             {&view_->sidebar(), &view_->findBar(), &view_->downloadShelf()}) {
+            panel->reveal(true, SlideRevealer::Motion::Instant);
+        }
+        ASSERT_TRUE(waitUntil(
+            [&] {
+                return gtk_widget_get_width(view_->sidebar().widget()) == 220 &&
+                       gtk_widget_get_width(page) == pageWidth - 220;
+            },
+            5s))
+            << "the sidebar takes 220 points from the page's width: "
+            << gtk_widget_get_width(view_->sidebar().widget()) << ", page " << pageWidth << " -> "
+            << gtk_widget_get_width(page);
+        EXPECT_LT(gtk_widget_get_height(page), pageHeight)
+            << "the find bar and the shelf take their rows from the page's height";
+        test::runMainLoopFor(300ms);
+        EXPECT_FALSE(test::saveScreenshot(GTK_WIDGET(window_),
+                                          "root-view-panels-" + std::string(rawValue(theme)))
+                         .empty());
+    }
 }
 
 } // namespace
