@@ -186,7 +186,7 @@ void SlideRevealer::setProgress(double progress) {
     box->progress = progress;
     if (box->child != nullptr) {
         // A hidden panel takes no focus and is not announced.
-        gtk_widget_set_child_visible(box->child, progress > 0);
+        gtk_widget_set_visible(box->child, progress > 0);
         gtk_widget_set_opacity(box->child, std::clamp(progress, 0.0, 1.0));
     }
     gtk_widget_queue_resize(widget_);

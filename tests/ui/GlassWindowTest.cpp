@@ -139,7 +139,7 @@ protected:
 TEST_F(SlideRevealerTest, SpringsOpenThroughIntermediateWidthsAndClosesAtOnceWhenInstant) {
     ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(revealer_.widget()); }, 5s));
     EXPECT_EQ(width(), 0);
-    EXPECT_FALSE(gtk_widget_get_child_visible(panel_)) << "a hidden panel is out of the tree";
+    EXPECT_FALSE(gtk_widget_get_visible(panel_)) << "a hidden panel is out of the tree";
 
     std::map<int, int> widthsSeen;
     revealer_.reveal(true, SlideRevealer::Motion::Smooth);
@@ -153,12 +153,12 @@ TEST_F(SlideRevealerTest, SpringsOpenThroughIntermediateWidthsAndClosesAtOnceWhe
         return entry.first > 20 && entry.first < 200;
     });
     EXPECT_TRUE(sawMidway) << "the spring moves the panel in, it does not jump";
-    EXPECT_TRUE(gtk_widget_get_child_visible(panel_));
+    EXPECT_TRUE(gtk_widget_get_visible(panel_));
 
     revealer_.reveal(false, SlideRevealer::Motion::Instant);
     ASSERT_TRUE(waitUntil([&] { return width() == 0; }, 1s));
     EXPECT_EQ(revealer_.progress(), 0.0);
-    EXPECT_FALSE(gtk_widget_get_child_visible(panel_));
+    EXPECT_FALSE(gtk_widget_get_visible(panel_));
 }
 
 class BrowserRootViewTest : public test::BrowserFixture {
