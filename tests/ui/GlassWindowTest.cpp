@@ -211,6 +211,26 @@ TEST_F(BrowserRootViewTest, PanelsStartHiddenOrbsBreatheAndThePageSitsInItsFrame
                  state->addressText.get().c_str());
 }
 
+TEST_F(BrowserRootViewTest, AnotherTabsPageFadesInAndTheLastIsTakenOutAtOnce) {
+    const WebContainer& container = view_->webContainer();
+    GtkWidget* first = container.shownPage();
+    ASSERT_NE(first, nullptr);
+    ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(first); }, 5s));
+
+    state->newTab();
+    GtkWidget* second = container.shownPage();
+    ASSERT_NE(second, first);
+    EXPECT_EQ(gtk_widget_get_parent(first), nullptr) << "the page left is out of the tree";
+    EXPECT_EQ(gtk_widget_get_parent(second), container.widget());
+    EXPECT_TRUE(gtk_stack_get_transition_running(GTK_STACK(container.widget())))
+        << "and the new page fades in over a picture of it";
+    EXPECT_TRUE(waitUntil(
+        [&] { return !gtk_stack_get_transition_running(GTK_STACK(container.widget())); }, 5s));
+
+    state->closeTab(1);
+    EXPECT_EQ(container.shownPage(), first) << "the same widget comes back, not a new one";
+}
+
 TEST_F(BrowserRootViewTest, OpenPanelsShareTheCardWithThePage) {
     for (BrowserTheme theme : {BrowserTheme::Ocean, BrowserTheme::Sunrise}) {
         close();
