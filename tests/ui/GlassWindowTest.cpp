@@ -170,7 +170,7 @@ protected:
         store = test::RecordingSettingsStore();
         store.setString(BrowserState::themeKey, rawValue(theme));
         launch();
-        view_ = std::make_unique<BrowserRootView>(*state, [this](BrowserTab& tab) {
+        view_ = std::make_unique<BrowserRootView>(*state, [this](const BrowserTab& tab) {
             GtkWidget*& page = pages_[&tab];
             if (page == nullptr) {
                 page = GTK_WIDGET(g_object_ref_sink(gtk_label_new("page")));
@@ -193,7 +193,7 @@ protected:
         state.reset();
     }
 
-    std::map<BrowserTab*, GtkWidget*> pages_;
+    std::map<const BrowserTab*, GtkWidget*> pages_;
     std::unique_ptr<BrowserRootView> view_;
     GtkWindow* window_ = nullptr;
 };
