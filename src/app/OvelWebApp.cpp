@@ -2,13 +2,13 @@
 
 #include "app/AppPaths.h"
 #include "chrome/BrowserCommands.h"
-#include "chrome/BrowserWindow.h"
 #include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
 #include "app/GlibUuidSource.h"
 #include "app/SqliteSettingsStore.h"
 #include "app/StartupProbe.h"
 #include "app/SystemClock.h"
+#include "chrome/BrowserWindow.h"
 #include "chrome/PermissionPromptDialog.h"
 #include "state/BrowserState.h"
 #include "web/BrowserTab.h"
@@ -28,23 +28,29 @@ namespace {
 std::string_view requestText(const std::variant<MediaCaptureType, SitePermissionKind>& kind) {
     if (const auto* media = std::get_if<MediaCaptureType>(&kind)) {
         switch (*media) {
-        case MediaCaptureType::Camera: return "use your camera";
-        case MediaCaptureType::Microphone: return "use your microphone";
-        case MediaCaptureType::CameraAndMicrophone: return "use your camera and microphone";
-        case MediaCaptureType::Other: return "capture your screen or devices";
+        case MediaCaptureType::Camera:
+            return "use your camera";
+        case MediaCaptureType::Microphone:
+            return "use your microphone";
+        case MediaCaptureType::CameraAndMicrophone:
+            return "use your camera and microphone";
+        case MediaCaptureType::Other:
+            return "capture your screen or devices";
         }
     }
     switch (std::get<SitePermissionKind>(kind)) {
-    case SitePermissionKind::Location: return "know your location";
-    case SitePermissionKind::Notifications: return "show notifications";
+    case SitePermissionKind::Location:
+        return "know your location";
+    case SitePermissionKind::Notifications:
+        return "show notifications";
     }
     return "use a device";
 }
 
 void askUser(const PermissionQuestion& question, PermissionAnswer answer) {
     GtkRoot* root = question.webView != nullptr ? gtk_widget_get_root(question.webView) : nullptr;
-    PermissionPromptDialog::present(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr,
-                                    question.host, requestText(question.kind), std::move(answer));
+    PermissionPromptDialog::present(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr, question.host,
+                                    requestText(question.kind), std::move(answer));
 }
 
 } // namespace
@@ -64,38 +70,38 @@ struct OvelWebApp::Parts {
     std::shared_ptr<BrowserState> state;
     std::unique_ptr<BrowserCommands> commands;
     std::unique_ptr<BrowserWindow> window;
+    GSignalConnections windowSignals;
     std::unique_ptr<StartupProbe> startupProbe;
 };
 
 OvelWebApp::OvelWebApp()
-    : application_(gtk_application_new(applicationID, G_APPLICATION_DEFAULT_FLAGS)) {
-    g_signal_connect_swapped(application_, "startup",
-                             G_CALLBACK(+[](OvelWebApp* app) { app->startup(); }), this);
-    g_signal_connect_swapped(application_, "activate",
-                             G_CALLBACK(+[](OvelWebApp* app) { app->activate(); }), this);
-    g_signal_connect_swapped(application_, "shutdown",
-                             G_CALLBACK(+[](OvelWebApp* app) { app->shutdown(); }), this);
+    : application_(GObjectRef<GtkApplication>::adopt(
+          gtk_application_new(applicationID, G_APPLICATION_DEFAULT_FLAGS))) {
+    signals_.connect(application_.get(), "startup", [this](GApplication*) { startup(); });
+    signals_.connect(application_.get(), "activate", [this](GApplication*) { activate(); });
+    signals_.connect(application_.get(), "shutdown", [this](GApplication*) { shutdown(); });
 }
 
 OvelWebApp::~OvelWebApp() {
-    g_signal_handlers_disconnect_by_data(application_, this);
+    signals_.disconnectAll();
     parts_.reset();
-    g_object_unref(application_);
 }
 
 int OvelWebApp::run(int argc, char** argv) {
-    return g_application_run(G_APPLICATION(application_), argc, argv);
+    return g_application_run(G_APPLICATION(application_.get()), argc, argv);
 }
 
 void OvelWebApp::startup() {
     // "app.quit" (Ctrl+Q, and the session asking over D-Bus) and SIGTERM/SIGINT end the run
     // through the main loop, so every window and web view is torn down in order.
-    GSimpleAction* quit = g_simple_action_new("quit", nullptr);
-    g_signal_connect_swapped(quit, "activate", G_CALLBACK(g_application_quit), application_);
-    g_action_map_add_action(G_ACTION_MAP(application_), G_ACTION(quit));
-    g_object_unref(quit);
+    GtkApplication* application = application_.get();
+    auto quit = GObjectRef<GSimpleAction>::adopt(g_simple_action_new("quit", nullptr));
+    signals_.connect(quit.get(), "activate", [application](GSimpleAction*, GVariant*) {
+        g_application_quit(G_APPLICATION(application));
+    });
+    g_action_map_add_action(G_ACTION_MAP(application), G_ACTION(quit.get()));
     const char* quitAccels[] = {"<Control>q", nullptr};
-    gtk_application_set_accels_for_action(application_, "app.quit", quitAccels);
+    gtk_application_set_accels_for_action(application, "app.quit", quitAccels);
     for (int signalNumber : {SIGTERM, SIGINT}) {
         g_unix_signal_add(
             signalNumber,
@@ -103,7 +109,7 @@ void OvelWebApp::startup() {
                 g_application_quit(G_APPLICATION(application));
                 return G_SOURCE_CONTINUE;
             },
-            application_);
+            application);
     }
 
     parts_ = std::make_unique<Parts>();
@@ -111,7 +117,7 @@ void OvelWebApp::startup() {
     parts_->state = BrowserState::create(
         BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue, parts_->clock,
                         parts_->uuids, parts_->favicons, parts_->desktop});
-    parts_->commands = std::make_unique<BrowserCommands>(application_, *parts_->state);
+    parts_->commands = std::make_unique<BrowserCommands>(application_.get(), *parts_->state);
 }
 
 void OvelWebApp::activate() {
@@ -119,14 +125,15 @@ void OvelWebApp::activate() {
         gtk_window_present(parts_->window->window());
         return;
     }
-    auto pageOf = [](BrowserTab& tab) { return WebKitWebViewAdapter::widgetOf(tab.webView()); };
-    parts_->window = std::make_unique<BrowserWindow>(application_, *parts_->state, pageOf,
-                                                     parts_->commands->menu());
-    g_signal_connect_swapped(parts_->window->window(), "destroy",
-                             G_CALLBACK(+[](Parts* parts) { parts->window.reset(); }),
-                             parts_.get());
+    parts_->window = std::make_unique<BrowserWindow>(
+        application_.get(), *parts_->state,
+        [](const BrowserTab& tab) { return WebKitWebViewAdapter::widgetOf(tab.webView()); },
+        parts_->commands->menu());
+    Parts* parts = parts_.get();
+    parts_->windowSignals.connect(parts_->window->window(), "destroy",
+                                  [parts](GtkWidget*) { parts->window.reset(); });
     parts_->startupProbe = StartupProbe::fromEnvironment(*parts_->state, parts_->window->window(),
-                                                         G_APPLICATION(application_));
+                                                         G_APPLICATION(application_.get()));
     gtk_window_present(parts_->window->window());
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "gutil/GObjectRef.h"
+#include "gutil/GSignalConnections.h"
+
 #include <gtk/gtk.h>
 
 #include <memory>
@@ -27,8 +30,9 @@ private:
     void activate();
     void shutdown();
 
-    GtkApplication* application_;
+    GObjectRef<GtkApplication> application_;
     std::unique_ptr<Parts> parts_;
+    GSignalConnections signals_;
 };
 
 } // namespace ovel

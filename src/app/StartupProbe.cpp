@@ -18,20 +18,15 @@ std::unique_ptr<StartupProbe> StartupProbe::fromEnvironment(BrowserState& state,
 
 StartupProbe::StartupProbe(BrowserState& state, GtkWindow* window, GApplication* application)
     : state_(state), window_(window), application_(application) {
-    connection_ = state_.changed.connect([this] { check(); });
+    connection_.add(state_.tabChanged.connect([this](const BrowserTab&, TabFields) { check(); }));
     check();
 }
 
-StartupProbe::~StartupProbe() {
-    connection_.disconnect();
-    if (paintHandler_ != 0) {
-        g_signal_handler_disconnect(frameClock_, paintHandler_);
-    }
-}
+StartupProbe::~StartupProbe() = default;
 
 void StartupProbe::check() {
     const auto tab = state_.selectedTab();
-    if (!tab || paintHandler_ != 0) {
+    if (!tab || waitingForFrame_) {
         return;
     }
     if (tab->isLoading.get()) {
@@ -42,20 +37,17 @@ void StartupProbe::check() {
 }
 
 void StartupProbe::waitForFrame() {
-    connection_.disconnect();
-    frameClock_ = gtk_widget_get_frame_clock(GTK_WIDGET(window_));
-    if (frameClock_ == nullptr) {
+    connection_.disconnectAll();
+    GdkFrameClock* frameClock = gtk_widget_get_frame_clock(GTK_WIDGET(window_));
+    if (frameClock == nullptr) {
         return;
     }
-    paintHandler_ = g_signal_connect_swapped(
-        frameClock_, "after-paint", G_CALLBACK(+[](StartupProbe* probe) {
-            std::printf("ovel-web: first page frame\n");
-            std::fflush(stdout);
-            g_signal_handler_disconnect(probe->frameClock_, probe->paintHandler_);
-            probe->paintHandler_ = 0;
-            g_application_quit(probe->application_);
-        }),
-        this);
+    waitingForFrame_ = true;
+    signals_.connect(frameClock, "after-paint", [this](GdkFrameClock*) {
+        std::printf("ovel-web: first page frame\n");
+        std::fflush(stdout);
+        g_application_quit(application_);
+    });
     gtk_widget_queue_draw(GTK_WIDGET(window_));
 }
 

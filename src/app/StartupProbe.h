@@ -1,8 +1,10 @@
 #pragma once
 
+#include "gutil/GSignalConnections.h"
+#include "web/Connections.h"
+
 #include <gio/gio.h>
 #include <gtk/gtk.h>
-#include <sigc++/connection.h>
 
 #include <memory>
 
@@ -31,10 +33,10 @@ private:
     BrowserState& state_;
     GtkWindow* window_;
     GApplication* application_;
-    sigc::connection connection_;
+    Connections connection_;
     bool sawLoading_ = false;
-    gulong paintHandler_ = 0;
-    GdkFrameClock* frameClock_ = nullptr;
+    bool waitingForFrame_ = false;
+    GSignalConnections signals_;
 };
 
 } // namespace ovel

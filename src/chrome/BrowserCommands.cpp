@@ -1,7 +1,6 @@
 #include "chrome/BrowserCommands.h"
 
 #include "state/BrowserState.h"
-#include "web/BrowserTab.h"
 
 #include <string>
 
@@ -61,9 +60,7 @@ BrowserCommands::~BrowserCommands() {
 }
 
 void BrowserCommands::run(Command command) {
-    // Back, forward and reload act on the selected tab's page; the rest are operations of the
-    // browser state, which handle their own preconditions.
-    const auto tab = state_.selectedTab();
+    // Each is an operation of the browser state, which handles its own preconditions.
     switch (command) {
     case Command::NewTab:
         state_.newTab();
@@ -72,19 +69,13 @@ void BrowserCommands::run(Command command) {
         state_.reopenLastClosedTab();
         break;
     case Command::Back:
-        if (tab) {
-            tab->webView().goBack();
-        }
+        state_.goBack();
         break;
     case Command::Forward:
-        if (tab) {
-            tab->webView().goForward();
-        }
+        state_.goForward();
         break;
     case Command::Reload:
-        if (tab) {
-            tab->webView().reload();
-        }
+        state_.reload();
         break;
     case Command::Home:
         state_.openHome();
@@ -96,10 +87,10 @@ void BrowserCommands::run(Command command) {
         state_.duplicateSelectedTab();
         break;
     case Command::ShowTabOverview:
-        state_.showTabOverview.set(true);
+        state_.setShowTabOverview(true);
         break;
     case Command::FindInPage:
-        state_.showFindBar.set(!state_.showFindBar.get());
+        state_.toggleFindBar();
         break;
     case Command::ZoomIn:
         state_.adjustZoom(0.1);
@@ -111,7 +102,7 @@ void BrowserCommands::run(Command command) {
         state_.resetZoom();
         break;
     case Command::CommandPalette:
-        state_.showCommandPalette.set(true);
+        state_.setShowCommandPalette(true);
         break;
     case Command::CloseOtherTabs:
         state_.closeOtherTabs(state_.selectedIndex.get());

@@ -1,23 +1,22 @@
 #include "chrome/BrowserRootView.h"
 
+#include "chrome/IconNames.h"
+#include "gutil/AccessibleLabel.h"
 #include "state/BrowserState.h"
+#include "web/SelectionAddress.h"
+
+#include <string>
 
 namespace ovel {
 
 namespace {
 
 constexpr double pageCornerRadius = 22;
-constexpr int sidebarWidth = 220;
 
 GtkWidget* box(GtkOrientation orientation, const char* cssClass) {
     GtkWidget* widget = gtk_box_new(orientation, 0);
     gtk_widget_add_css_class(widget, cssClass);
     return widget;
-}
-
-void setAccessibleLabel(GtkWidget* widget, const char* label) {
-    gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, label,
-                                   -1);
 }
 
 } // namespace
@@ -29,6 +28,7 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
       // The shelf has no animation of its own in the design; it moves like the find bar.
       downloadShelf_(SlideRevealer::Edge::Bottom, Spring{0.35, 0.86}),
       webContainer_(std::make_unique<WebContainer>(state, std::move(resolver))),
+      sidebarView_(state), findBarView_(state), downloadShelfView_(state),
       root_(GTK_WIDGET(g_object_ref_sink(gtk_overlay_new()))),
       tabStripSlot_(box(GTK_ORIENTATION_HORIZONTAL, "tab-strip")),
       toolbarSlot_(box(GTK_ORIENTATION_HORIZONTAL, "toolbar")),
@@ -37,10 +37,7 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     gtk_overlay_set_child(GTK_OVERLAY(root_), orbs_.widget());
 
     // The sidebar, sliding in from the leading edge.
-    GtkWidget* sidebarPanel = box(GTK_ORIENTATION_VERTICAL, "sidebar");
-    setAccessibleLabel(sidebarPanel, "Sidebar");
-    gtk_widget_set_size_request(sidebarPanel, sidebarWidth, -1);
-    sidebar_.setChild(sidebarPanel);
+    sidebar_.setChild(sidebarView_.widget());
 
     // The tab strip row: the window's drag handle, with the window controls at its end.
     GtkWidget* tabStripRow = box(GTK_ORIENTATION_HORIZONTAL, "tab-strip-row");
@@ -66,11 +63,19 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     gtk_widget_set_valign(GTK_WIDGET(addressEntry_), GTK_ALIGN_CENTER);
     gtk_entry_set_placeholder_text(addressEntry_, "Search or enter address");
     setAccessibleLabel(GTK_WIDGET(addressEntry_), "Address");
+    // Until the toolbar has its own view, the sidebar's button leads the row.
+    GtkWidget* sidebarButton =
+        gtk_button_new_from_icon_name(std::string(iconName("sidebar.left")).c_str());
+    gtk_widget_add_css_class(sidebarButton, "toolbar-button");
+    gtk_widget_set_valign(sidebarButton, GTK_ALIGN_CENTER);
+    gtk_widget_set_tooltip_text(sidebarButton, "Toggle Sidebar");
+    setAccessibleLabel(sidebarButton, "Toggle Sidebar");
+    signals_.connect(sidebarButton, "clicked", [this](GtkButton*) { state_.toggleSidebar(); });
+    gtk_box_append(GTK_BOX(toolbarSlot_), sidebarButton);
     gtk_box_append(GTK_BOX(toolbarSlot_), GTK_WIDGET(addressEntry_));
     gtk_box_append(GTK_BOX(toolbarRow), toolbarSlot_);
 
-    GtkWidget* findBarPanel = box(GTK_ORIENTATION_HORIZONTAL, "find-bar");
-    findBar_.setChild(findBarPanel);
+    findBar_.setChild(findBarView_.widget());
 
     // The page, inset in its outlined frame.
     GtkWidget* pageFrame = box(GTK_ORIENTATION_VERTICAL, "page-frame");
@@ -78,8 +83,7 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     gtk_widget_set_hexpand(pageFrame, TRUE);
     gtk_box_append(GTK_BOX(pageFrame), webContainer_->widget());
 
-    GtkWidget* shelfPanel = box(GTK_ORIENTATION_VERTICAL, "download-shelf");
-    downloadShelf_.setChild(shelfPanel);
+    downloadShelf_.setChild(downloadShelfView_.widget());
 
     GtkWidget* column = box(GTK_ORIENTATION_VERTICAL, "chrome-column");
     gtk_widget_set_hexpand(column, TRUE);
@@ -104,11 +108,30 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
                          view->state_.openURL(gtk_editable_get_text(GTK_EDITABLE(entry)));
                      }),
                      this);
-    auto showAddress = [this](const auto&...) {
+    auto showAddress = [this] {
         gtk_editable_set_text(GTK_EDITABLE(addressEntry_), state_.addressText.get().c_str());
     };
-    connections_.push_back(state_.addressText.changed().connect(showAddress));
+    connections_.add(
+        state_.addressText.changed().connect([showAddress](const std::string&) { showAddress(); }));
     showAddress();
+    connections_.add(state_.selectionChanged.connect([this](const auto&) { followSelection(); }));
+
+    // The panels come and go with their flags: on springs, or at once without smooth
+    // animations. They start as the state has them, without animating.
+    connections_.add(state_.showSidebar.changed().connect(
+        [this](bool shown) { sidebar_.reveal(shown, motion()); }));
+    connections_.add(state_.showFindBar.changed().connect([this](bool shown) {
+        findBar_.reveal(shown, motion());
+        if (shown) {
+            gtk_widget_grab_focus(GTK_WIDGET(findBarView_.field()));
+        }
+    }));
+    connections_.add(state_.downloads.changed().connect(
+        [this](const auto& downloads) { downloadShelf_.reveal(!downloads.empty(), motion()); }));
+    sidebar_.reveal(state_.showSidebar.get(), SlideRevealer::Motion::Instant);
+    findBar_.reveal(state_.showFindBar.get(), SlideRevealer::Motion::Instant);
+    downloadShelf_.reveal(!state_.downloads->empty(), SlideRevealer::Motion::Instant);
+
     auto* onBlend = +[](double value, gpointer orbs) {
         static_cast<AnimatedOrbs*>(orbs)->setThemeBlend(value);
     };
@@ -124,17 +147,15 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     shownTheme_ = state_.theme.get();
     style_.applyTheme(shownTheme_);
     orbs_.setTheme(shownTheme_);
-    connections_.push_back(
-        state_.theme.changed().connect([this](const auto&...) { applyTheme(); }));
+    connections_.add(state_.theme.changed().connect([this](BrowserTheme) { applyTheme(); }));
 
     // The orbs breathe from the moment the window is first shown, for its whole life.
     orbs_.setBreathe(true);
 }
 
 BrowserRootView::~BrowserRootView() {
-    for (sigc::connection& connection : connections_) {
-        connection.disconnect();
-    }
+    connections_.disconnectAll();
+    signals_.disconnectAll();
     g_signal_handlers_disconnect_by_data(addressEntry_, this);
     for (AdwAnimation* animation : {themeSpring_, themeInstant_}) {
         g_signal_handlers_disconnect_by_data(animation, this);
@@ -149,6 +170,17 @@ BrowserRootView::~BrowserRootView() {
 
 void BrowserRootView::setPrimaryMenu(GMenuModel* menu) {
     gtk_menu_button_set_menu_model(primaryMenuButton_, menu);
+}
+
+SlideRevealer::Motion BrowserRootView::motion() const {
+    return state_.smoothAnimations.get() ? SlideRevealer::Motion::Smooth
+                                         : SlideRevealer::Motion::Instant;
+}
+
+void BrowserRootView::followSelection() {
+    if (const auto tab = state_.selectedTab()) {
+        state_.setAddressText(addressTextOnSelection(*tab));
+    }
 }
 
 void BrowserRootView::applyTheme() {

@@ -2,14 +2,17 @@
 
 #include "chrome/AnimatedOrbs.h"
 #include "chrome/ChromeStyle.h"
+#include "chrome/DownloadShelf.h"
+#include "chrome/FindBar.h"
+#include "chrome/SidebarView.h"
 #include "chrome/SlideRevealer.h"
 #include "chrome/WebContainer.h"
+#include "gutil/GSignalConnections.h"
+#include "web/Connections.h"
 
 #include <gtk/gtk.h>
-#include <sigc++/connection.h>
 
 #include <memory>
-#include <vector>
 
 namespace ovel {
 
@@ -35,6 +38,7 @@ public:
     SlideRevealer& sidebar() { return sidebar_; }
     SlideRevealer& findBar() { return findBar_; }
     SlideRevealer& downloadShelf() { return downloadShelf_; }
+    FindBar& findBarView() { return findBarView_; }
 
     // The menu button at the end of the tab strip row, before the window controls.
     void setPrimaryMenu(GMenuModel* menu);
@@ -46,6 +50,9 @@ public:
 
 private:
     void applyTheme();
+    SlideRevealer::Motion motion() const;
+    // The address field follows the selected tab: its internal address, else its page's.
+    void followSelection();
     static void onThemeChangeDone(BrowserRootView* view);
 
     BrowserState& state_;
@@ -55,12 +62,16 @@ private:
     SlideRevealer findBar_;
     SlideRevealer downloadShelf_;
     std::unique_ptr<WebContainer> webContainer_;
+    SidebarView sidebarView_;
+    FindBar findBarView_;
+    DownloadShelf downloadShelfView_;
     GtkWidget* root_;
     GtkWidget* tabStripSlot_;
     GtkWidget* toolbarSlot_;
     GtkEntry* addressEntry_;
     GtkMenuButton* primaryMenuButton_;
-    std::vector<sigc::connection> connections_;
+    Connections connections_;
+    GSignalConnections signals_;
     // The background's move from one theme to the next: a spring, or 0.01 s without smooth
     // animations.
     AdwAnimation* themeSpring_ = nullptr;

@@ -2,6 +2,7 @@
 
 #include "chrome/BrowserRootView.h"
 #include "chrome/WebContainer.h"
+#include "gutil/GObjectRef.h"
 
 #include <gtk/gtk.h>
 
@@ -22,13 +23,14 @@ public:
     BrowserWindow(const BrowserWindow&) = delete;
     BrowserWindow& operator=(const BrowserWindow&) = delete;
 
-    GtkWindow* window() const { return window_; }
+    GtkWindow* window() const { return window_.get(); }
     BrowserRootView& rootView() { return *rootView_; }
     GtkEntry* addressEntry() const { return rootView_->addressEntry(); }
     const WebContainer& webContainer() const { return rootView_->webContainer(); }
 
 private:
-    GtkWindow* window_;
+    // Held so this object stays safe to destroy after GTK has destroyed the window.
+    GObjectRef<GtkWindow> window_;
     std::unique_ptr<BrowserRootView> rootView_;
 };
 

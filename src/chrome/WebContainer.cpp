@@ -16,28 +16,29 @@ constexpr guint crossFadeMilliseconds = 300;
 
 WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver)
     : state_(state), resolver_(std::move(resolver)),
-      root_(GTK_WIDGET(g_object_ref_sink(gtk_stack_new()))) {
+      root_(GObjectRef<GtkWidget>::retain(gtk_stack_new())) {
     // Another tab's page fades in over the last one. The stack keeps a picture of the page it
     // leaves, so the page widget itself is taken out at once.
-    gtk_stack_set_transition_type(GTK_STACK(root_), GTK_STACK_TRANSITION_TYPE_CROSSFADE);
-    gtk_stack_set_transition_duration(GTK_STACK(root_), crossFadeMilliseconds);
-    gtk_stack_set_interpolate_size(GTK_STACK(root_), FALSE);
-    gtk_widget_add_css_class(root_, "web-container");
-    gtk_widget_set_hexpand(root_, TRUE);
-    gtk_widget_set_vexpand(root_, TRUE);
-    gtk_widget_set_overflow(root_, GTK_OVERFLOW_HIDDEN);
-    auto showSelected = [this](const auto&...) { showSelectedTab(); };
-    connections_.push_back(state_.tabs.changed().connect(showSelected));
-    connections_.push_back(state_.selectedIndex.changed().connect(showSelected));
+    gtk_stack_set_transition_type(GTK_STACK(widget()), GTK_STACK_TRANSITION_TYPE_CROSSFADE);
+    gtk_stack_set_transition_duration(GTK_STACK(widget()), crossFadeMilliseconds);
+    gtk_stack_set_interpolate_size(GTK_STACK(widget()), FALSE);
+    gtk_widget_add_css_class(widget(), "web-container");
+    gtk_widget_set_hexpand(widget(), TRUE);
+    gtk_widget_set_vexpand(widget(), TRUE);
+    gtk_widget_set_overflow(widget(), GTK_OVERFLOW_HIDDEN);
+    // Only a change of the selected tab swaps the page: a tab closed or moved elsewhere in the
+    // strip leaves the page on show alone.
+    connections_.add(state_.selectionChanged.connect([this](const SelectionChange& change) {
+        if (change.newTab != change.oldTab) {
+            showSelectedTab();
+        }
+    }));
     showSelectedTab();
 }
 
 WebContainer::~WebContainer() {
-    for (sigc::connection& connection : connections_) {
-        connection.disconnect();
-    }
+    connections_.disconnectAll();
     show(nullptr);
-    g_object_unref(root_);
 }
 
 void WebContainer::showSelectedTab() {
@@ -46,21 +47,19 @@ void WebContainer::showSelectedTab() {
 }
 
 void WebContainer::show(GtkWidget* page) {
-    if (page == shown_) {
+    if (page == shown_.get()) {
         return;
     }
-    GtkWidget* leaving = std::exchange(shown_, page);
-    if (shown_ != nullptr) {
-        g_object_ref(shown_);
-        gtk_widget_set_hexpand(shown_, TRUE);
-        gtk_widget_set_vexpand(shown_, TRUE);
-        gtk_stack_add_child(GTK_STACK(root_), shown_);
-        gtk_stack_set_visible_child(GTK_STACK(root_), shown_);
+    // Our own reference keeps a closed tab's view valid until it is taken out here.
+    GObjectRef<GtkWidget> leaving = std::exchange(shown_, GObjectRef<GtkWidget>::retain(page));
+    if (shown_) {
+        gtk_widget_set_hexpand(page, TRUE);
+        gtk_widget_set_vexpand(page, TRUE);
+        gtk_stack_add_child(GTK_STACK(widget()), page);
+        gtk_stack_set_visible_child(GTK_STACK(widget()), page);
     }
-    if (leaving != nullptr) {
-        // Our own reference keeps a closed tab's view valid until it is taken out here.
-        gtk_stack_remove(GTK_STACK(root_), leaving);
-        g_object_unref(leaving);
+    if (leaving) {
+        gtk_stack_remove(GTK_STACK(widget()), leaving.get());
     }
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "gutil/GObjectRef.h"
+#include "web/Connections.h"
+
 #include <gtk/gtk.h>
-#include <sigc++/connection.h>
 
 #include <functional>
-#include <vector>
 
 namespace ovel {
 
@@ -16,7 +17,7 @@ class BrowserTab;
 // and out, never re-created, so a tab selected again shows its page as it was left.
 class WebContainer {
 public:
-    using WidgetResolver = std::function<GtkWidget*(BrowserTab&)>;
+    using WidgetResolver = std::function<GtkWidget*(const BrowserTab&)>;
 
     WebContainer(BrowserState& state, WidgetResolver resolver);
     ~WebContainer();
@@ -24,9 +25,9 @@ public:
     WebContainer(const WebContainer&) = delete;
     WebContainer& operator=(const WebContainer&) = delete;
 
-    GtkWidget* widget() const { return root_; }
+    GtkWidget* widget() const { return root_.get(); }
     // The page widget on show, or null.
-    GtkWidget* shownPage() const { return shown_; }
+    GtkWidget* shownPage() const { return shown_.get(); }
 
 private:
     void showSelectedTab();
@@ -34,9 +35,9 @@ private:
 
     BrowserState& state_;
     WidgetResolver resolver_;
-    GtkWidget* root_;
-    GtkWidget* shown_ = nullptr;
-    std::vector<sigc::connection> connections_;
+    GObjectRef<GtkWidget> root_;
+    GObjectRef<GtkWidget> shown_;
+    Connections connections_;
 };
 
 } // namespace ovel

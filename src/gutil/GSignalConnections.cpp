@@ -6,8 +6,14 @@ namespace ovel {
 
 gulong GSignalConnections::connect(gpointer instance, const char* signal, GCallback handler,
                                    gpointer data) {
+    return connectData(instance, signal, handler, data, nullptr);
+}
+
+gulong GSignalConnections::connectData(gpointer instance, const char* signal, GCallback handler,
+                                       gpointer data, GClosureNotify release) {
     auto* object = G_OBJECT(instance);
-    const gulong id = g_signal_connect(object, signal, handler, data);
+    const gulong id =
+        g_signal_connect_data(object, signal, handler, data, release, GConnectFlags{});
     connections_.push_back({GObjectRef<GObject>::retain(object), id});
     return id;
 }

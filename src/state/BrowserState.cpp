@@ -1,11 +1,12 @@
+// Start-up, the reactions to assignments, loading a profile, and making and binding tabs.
+
 #include "state/BrowserState.h"
 
-#include "web/MainQueue.h"
 #include "records/RecordsJson.h"
 #include "records/SettingsStore.h"
-#include "web/UuidSource.h"
-#include "web/BrowserTab.h"
 #include "web/ContentPolicies.h"
+#include "web/MainQueue.h"
+#include "web/UuidSource.h"
 #include "web/WebEngine.h"
 
 #include <algorithm>
@@ -19,6 +20,14 @@ int clampedIndex(int index, std::size_t count) {
     return std::clamp(index, 0, last);
 }
 
+// What the address field shows for a tab: its internal page, else its page's address.
+std::string addressTextFor(const BrowserTab& tab) {
+    if (const auto& address = tab.displayAddress.get()) {
+        return *address;
+    }
+    return tab.url().value_or(std::string());
+}
+
 } // namespace
 
 std::shared_ptr<BrowserState> BrowserState::create(const BrowserServices& services) {
@@ -28,11 +37,14 @@ std::shared_ptr<BrowserState> BrowserState::create(const BrowserServices& servic
 }
 
 BrowserState::BrowserState(const BrowserServices& services) : services_(services) {
+    tabs.onChange([this] { noteSelection(); });
+    notices_->beforeAnnouncing([this] { followSelection(); });
     connectReactions();
 }
 
 BrowserState::~BrowserState() {
-    cancelTabSubscriptions();
+    notices_->beforeAnnouncing(nullptr);
+    tabSubscriptions_.disconnectAll();
 }
 
 std::string BrowserState::profileKey(std::string_view base, std::string_view profileID) {
@@ -51,17 +63,50 @@ std::shared_ptr<BrowserTab> BrowserState::selectedTab() const {
     return list[static_cast<std::size_t>(index)];
 }
 
+int BrowserState::indexOfTab(const Uuid& id) const {
+    const TabList& list = tabs.get();
+    auto it =
+        std::find_if(list.begin(), list.end(), [&](const auto& tab) { return tab->id() == id; });
+    return it == list.end() ? -1 : static_cast<int>(it - list.begin());
+}
+
+void BrowserState::noteSelection() {
+    notices_->enqueue(&announcedIndex_, [this] { announceSelection(); });
+}
+
+void BrowserState::announceSelection() {
+    const auto tab = selectedTab();
+    SelectionChange change{announcedIndex_, selectedIndex.get(), announcedTab_,
+                           tab ? tab->id() : Uuid{}};
+    if (change.oldIndex == change.newIndex && change.oldTab == change.newTab) {
+        return;
+    }
+    announcedIndex_ = change.newIndex;
+    announcedTab_ = change.newTab;
+    selectionChanged.emit(change);
+}
+
+void BrowserState::followSelection() {
+    const auto tab = selectedTab();
+    if (isBootstrapping_ || !tab) {
+        return;
+    }
+    if (selectedIndex.get() != announcedIndex_ || tab->id() != announcedTab_) {
+        addressText.set(addressTextFor(*tab));
+    }
+}
+
 void BrowserState::connectReactions() {
     SettingsStore& settings = services_.settings;
-    theme.changed().connect([this, &settings] {
+    theme.assigned().connect([this, &settings] {
         settings.setString(themeKey, rawValue(theme.get()));
         refreshStartPagesForTheme();
     });
-    searchEngine.changed().connect(
+    searchEngine.assigned().connect(
         [this, &settings] { settings.setString(searchEngineKey, rawValue(searchEngine.get())); });
-    smoothAnimations.changed().connect(
+    smoothAnimations.assigned().connect(
         [this, &settings] { settings.setBoolean(smoothAnimationsKey, smoothAnimations.get()); });
-    adBlockEnabled.changed().connect([this, &settings] {
+    adBlockEnabled.assigned().connect([this, &settings] {
         settings.setBoolean(adBlockEnabledKey, adBlockEnabled.get());
         applyAdBlockToAllTabs();
     });
@@ -69,30 +114,31 @@ void BrowserState::connectReactions() {
     // Collections are saved for the active profile, except while start-up or a profile load
     // fills them.
     auto savesCollections = [this] { return !isBootstrapping_ && !isSwitchingProfileState_; };
-    bookmarks.changed().connect([this, savesCollections] {
+    bookmarks.assigned().connect([this, savesCollections] {
         if (savesCollections()) {
             saveBookmarks(activeProfileID.get(), bookmarks.get());
         }
     });
-    historyEntries.changed().connect([this, savesCollections] {
+    historyEntries.assigned().connect([this, savesCollections] {
         if (savesCollections()) {
             saveHistory(activeProfileID.get(), historyEntries.get());
         }
     });
-    sitePermissionRules.changed().connect([this, savesCollections] {
+    sitePermissionRules.assigned().connect([this, savesCollections] {
         if (savesCollections()) {
             saveSitePermissions(activeProfileID.get(), sitePermissionRules.get());
         }
     });
-    workspaceSnapshots.changed().connect([this, savesCollections] {
+    workspaceSnapshots.assigned().connect([this, savesCollections] {
         if (savesCollections()) {
             saveWorkspaceSnapshots(activeProfileID.get(), workspaceSnapshots.get());
         }
     });
-    activeProfileID.changed().connect([this] { onActiveProfileIDChanged(); });
+    activeProfileID.assigned().connect([this] { onActiveProfileIDChanged(); });
 }
 
 void BrowserState::init() {
+    auto group = operation();
     SettingsStore& settings = services_.settings;
     isBootstrapping_ = true;
     isSwitchingProfileState_ = false;
@@ -137,6 +183,7 @@ void BrowserState::init() {
         [weakState, &mainQueue](std::shared_ptr<ContentRuleList> list) {
             mainQueue.post([weakState, list = std::move(list)] {
                 if (auto state = weakState.lock()) {
+                    auto group = state->operation();
                     state->adBlockList_ = list;
                     state->applyAdBlockToAllTabs();
                 }
@@ -169,11 +216,9 @@ void BrowserState::onActiveProfileIDChanged() {
 }
 
 void BrowserState::switchProfile(const std::string& id) {
+    auto group = operation();
     SettingsStore& settings = services_.settings;
     isSwitchingProfileState_ = true;
-
-    cancelTabSubscriptions();
-    tabs.set({});
 
     bookmarks.set(loadBookmarks(id));
     auto history = settings.data(profileKey(historyKeyBase, id));
@@ -191,124 +236,55 @@ void BrowserState::switchProfile(const std::string& id) {
         closedTabs_ = decodeClosedTabs(*closed).value_or(std::vector<TabStore>{});
     }
 
-    std::optional<TabList> restored = restoreSession();
-    if (restored && !restored->empty()) {
-        tabs.set(std::move(*restored));
-        for (const auto& tab : tabs.get()) {
-            bind(*tab);
-        }
-        selectedIndex.set(
-            std::min(selectedIndex.get(), std::max(static_cast<int>(tabs->size()) - 1, 0)));
-        applyAdBlockToAllTabs();
-        applyPasskeyPolicyToAllTabs();
+    // A missing, unreadable or empty session opens one start-page tab.
+    std::optional<SessionStore> session;
+    if (auto blob = settings.data(profileKey(sessionKeyBase, activeProfileID.get()))) {
+        session = decodeSession(*blob);
+    }
+    if (session && !session->tabs.empty()) {
+        replaceTabs(session->tabs, session->selectedIndex, ReloadSelected::Yes);
     } else {
-        auto tab = BrowserTab::create(services_, false);
-        tab->loadStartPage(theme.get());
-        tabs.set({tab});
-        selectedIndex.set(0);
-        bind(*tab);
-        applyAdBlock(*tab);
-        applyPasskeyPolicy(*tab);
+        replaceTabs({TabStore{}}, 0, ReloadSelected::No);
     }
 
-    const auto selected = selectedTab();
-    addressText.set(selected->displayAddress.get()
-                        ? *selected->displayAddress.get()
-                        : selected->webView().url().value_or(std::string()));
+    addressText.set(addressTextFor(*selectedTab()));
     isSwitchingProfileState_ = false;
 }
 
-void BrowserState::persistSession(const std::optional<std::string>& profileID) {
-    SessionStore session;
-    session.selectedIndex = clampedIndex(selectedIndex.get(), tabs->size());
-    for (const auto& tab : tabs.get()) {
-        session.tabs.push_back(TabStore{tab->webView().url(), tab->isPinned.get()});
-    }
-    saveBlob(sessionKeyBase, profileID.value_or(activeProfileID.get()), encodeSession(session));
-}
-
-std::optional<BrowserState::TabList> BrowserState::restoreSession() {
-    auto blob = services_.settings.data(profileKey(sessionKeyBase, activeProfileID.get()));
-    if (!blob) {
-        return std::nullopt;
-    }
-    std::optional<SessionStore> session = decodeSession(*blob);
-    if (!session) {
-        return std::nullopt;
-    }
-    TabList restored = tabsFromRecords(session->tabs);
-    selectedIndex.set(clampedIndex(session->selectedIndex, restored.size()));
-    return restored;
-}
-
-BrowserState::TabList BrowserState::tabsFromRecords(const std::vector<TabStore>& records) {
-    TabList restored;
+void BrowserState::replaceTabs(const std::vector<TabStore>& records, int selected,
+                               ReloadSelected reload) {
+    // The old tabs' subscriptions end before the new set is bound; the old tabs are dropped, not
+    // closed, so they do not enter the closed-tab list.
+    tabSubscriptions_.disconnectAll();
+    TabList fresh;
+    fresh.reserve(records.size());
     for (const TabStore& record : records) {
-        auto tab = BrowserTab::create(services_, false);
-        tab->isPinned.set(record.isPinned);
-        std::optional<Url> url = record.url ? Url::parse(*record.url) : std::nullopt;
-        if (url) {
-            tab->webView().load(LoadRequest{url->absoluteString()});
-        } else {
-            tab->loadStartPage(theme.get());
-        }
-        restored.push_back(std::move(tab));
+        fresh.push_back(makeTab(record));
     }
-    return restored;
-}
-
-void BrowserState::persistClosedTabs(const std::optional<std::string>& profileID) {
-    saveBlob(closedTabsKeyBase, profileID.value_or(activeProfileID.get()),
-             encodeClosedTabs(closedTabs_));
-}
-
-void BrowserState::persistProfiles() {
-    services_.settings.setData(profilesKey, encodeProfiles(profiles.get()));
-}
-
-void BrowserState::saveBookmarks(const std::string& profileID, const std::vector<Bookmark>& list) {
-    std::vector<BookmarkStore> stored;
-    stored.reserve(list.size());
-    for (const Bookmark& bookmark : list) {
-        stored.push_back({bookmark.title, bookmark.url});
+    tabs.replace(std::move(fresh));
+    selectedIndex.set(clampedIndex(selected, tabs->size()));
+    if (reload == ReloadSelected::Yes) {
+        // Each tab has its rules already; the selected one is loaded again under them.
+        applyAdBlockToAllTabs();
     }
-    saveBlob(bookmarksKeyBase, profileID, encodeBookmarks(stored));
 }
 
-void BrowserState::saveHistory(const std::string& profileID,
-                               const std::vector<HistoryEntry>& list) {
-    saveBlob(historyKeyBase, profileID, encodeHistory(list));
-}
-
-void BrowserState::saveSitePermissions(const std::string& profileID,
-                                       const SitePermissionRules& rules) {
-    saveBlob(sitePermissionsKeyBase, profileID, encodeSitePermissions(rules));
-}
-
-void BrowserState::saveWorkspaceSnapshots(const std::string& profileID,
-                                          const std::vector<WorkspaceSnapshot>& list) {
-    saveBlob(workspaceSnapshotsKeyBase, profileID, encodeWorkspaceSnapshots(list));
-}
-
-void BrowserState::saveBlob(std::string_view base, const std::string& profileID,
-                            const std::string& blob) {
-    services_.settings.setData(profileKey(base, profileID), blob);
-}
-
-std::vector<Bookmark> BrowserState::loadBookmarks(const std::string& profileID) {
-    std::vector<Bookmark> loaded;
-    auto blob = services_.settings.data(profileKey(bookmarksKeyBase, profileID));
-    if (!blob) {
-        return loaded;
+std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>& record) {
+    auto tab = BrowserTab::create(services_, notices_);
+    std::optional<Url> url;
+    if (record) {
+        tab->setPinned(record->isPinned);
+        url = record->url ? Url::parse(*record->url) : std::nullopt;
     }
-    for (const BookmarkStore& stored :
-         decodeBookmarks(*blob).value_or(std::vector<BookmarkStore>{})) {
-        // Ids are not stored: every load gives fresh ones.
-        if (auto url = Url::parse(stored.url)) {
-            loaded.push_back({services_.uuids.makeUuid(), stored.title, url->absoluteString()});
-        }
+    if (url) {
+        tab->load(*url);
+    } else {
+        tab->loadStartPage(theme.get());
     }
-    return loaded;
+    applyAdBlock(*tab);
+    applyPasskeyPolicy(*tab);
+    bind(*tab);
+    return tab;
 }
 
 void BrowserState::bind(BrowserTab& tab) {
@@ -321,11 +297,11 @@ void BrowserState::bind(BrowserTab& tab) {
         if (!state || !page) {
             return;
         }
+        auto group = state->operation();
         const auto selected = state->selectedTab();
         const std::optional<std::string> url = webView.url();
         if (selected && selected->id() == page->id()) {
-            state->addressText.set(page->displayAddress.get() ? *page->displayAddress.get()
-                                                              : url.value_or(std::string()));
+            state->addressText.set(addressTextFor(*page));
         }
         if (std::optional<Url> parsed = url ? Url::parse(*url) : std::nullopt;
             parsed && parsed->scheme().starts_with("http")) {
@@ -363,20 +339,15 @@ void BrowserState::bind(BrowserTab& tab) {
                      : PermissionDecision::Prompt;
     };
 
-    // Subscriptions of tabs that are gone have ended by themselves; drop their handles.
-    std::erase_if(cancellables_, [](const sigc::connection& c) { return !c.connected(); });
-    cancellables_.push_back(tab.changed.connect([weakState] {
-        if (auto state = weakState.lock()) {
-            state->changed.emit();
+    // A tab that has left the strip (closed, or held by someone after a restore) says nothing
+    // more to views.
+    tabSubscriptions_.add(tab.changed.connect([weakState, weakTab](TabFields fields) {
+        auto state = weakState.lock();
+        auto page = weakTab.lock();
+        if (state && page && state->indexOfTab(page->id()) >= 0) {
+            state->tabChanged.emit(*page, fields);
         }
     }));
-}
-
-void BrowserState::cancelTabSubscriptions() {
-    for (sigc::connection& connection : cancellables_) {
-        connection.disconnect();
-    }
-    cancellables_.clear();
 }
 
 } // namespace ovel

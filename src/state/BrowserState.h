@@ -1,11 +1,13 @@
 #pragma once
 
-#include "web/Published.h"
 #include "records/Records.h"
+#include "state/TabList.h"
 #include "web/BrowserServices.h"
+#include "web/BrowserTab.h"
+#include "web/Connections.h"
+#include "web/Notices.h"
+#include "web/Published.h"
 #include "web/WebView.h"
-
-#include <sigc++/connection.h>
 
 #include <memory>
 #include <optional>
@@ -15,17 +17,29 @@
 
 namespace ovel {
 
-class BrowserTab;
 class ContentRuleList;
 class Url;
 
+// Which tab is selected, before and after an operation that changed it.
+struct SelectionChange {
+    int oldIndex = 0;
+    int newIndex = 0;
+    Uuid oldTab;
+    Uuid newTab;
+    bool operator==(const SelectionChange&) const = default;
+};
+
 // The one source of truth of the browser: the open tabs and the selection, the active
 // profile's collections, the profile list, the user's settings and the flags the views read.
-// Every published field announces each assignment after storing it; views observe those
-// signals and act only through the operations below.
+// Everyone reads its fields; only its operations write them. Views are told what changed once
+// per operation, after every invariant holds again.
 class BrowserState : public std::enable_shared_from_this<BrowserState> {
+    // First, so the fields below can announce through it.
+    std::shared_ptr<NoticeQueue> notices_ = std::make_shared<NoticeQueue>();
+
 public:
     using TabList = std::vector<std::shared_ptr<BrowserTab>>;
+    template <typename T> using Field = Published<T, BrowserState>;
 
     static constexpr std::string_view profilesKey = "ovel.profiles.v1";
     static constexpr std::string_view activeProfileIDKey = "ovel.activeProfileID.v1";
@@ -53,46 +67,48 @@ public:
     BrowserState(const BrowserState&) = delete;
     BrowserState& operator=(const BrowserState&) = delete;
 
-    // Fires after any published field below, or any published field of a tab, changes.
-    sigc::signal<void()> changed;
+    TabListField<BrowserState> tabs{*notices_};
+    // Views hear selectionChanged, not this field's own signal.
+    Field<int> selectedIndex{*notices_, [this] { noteSelection(); }, 0};
+    Field<std::string> addressText{*notices_};
+    Field<std::vector<Bookmark>> bookmarks{*notices_};
+    Field<std::vector<HistoryEntry>> historyEntries{*notices_};
+    Field<std::vector<DownloadRecord>> downloads{*notices_};
+    Field<SitePermissionRules> sitePermissionRules{*notices_};
+    Field<std::vector<BrowserProfile>> profiles{*notices_};
+    Field<std::string> activeProfileID{*notices_};
+    Field<bool> showSidebar{*notices_, false};
+    Field<bool> showTabOverview{*notices_, false};
+    Field<bool> showCommandPalette{*notices_, false};
+    Field<bool> showFindBar{*notices_, false};
+    Field<std::string> findText{*notices_};
+    Field<bool> smoothAnimations{*notices_, true};
+    Field<BrowserTheme> theme{*notices_, BrowserTheme::Midnight};
+    Field<SearchEngine> searchEngine{*notices_, SearchEngine::Google};
+    Field<bool> adBlockEnabled{*notices_, false};
+    Field<std::vector<WorkspaceSnapshot>> workspaceSnapshots{*notices_};
+    Field<std::optional<Uuid>> dropTargetTabID{*notices_};
+    Field<bool> dropInsertAfter{*notices_, false};
 
-    Published<TabList> tabs{changed};
-    Published<int> selectedIndex{changed, 0};
-    Published<std::string> addressText{changed};
-    Published<std::vector<Bookmark>> bookmarks{changed};
-    Published<std::vector<HistoryEntry>> historyEntries{changed};
-    Published<std::vector<DownloadRecord>> downloads{changed};
-    Published<SitePermissionRules> sitePermissionRules{changed};
-    Published<std::vector<BrowserProfile>> profiles{changed};
-    Published<std::string> activeProfileID{changed};
-    Published<bool> showSidebar{changed, false};
-    Published<bool> showTabOverview{changed, false};
-    Published<bool> showCommandPalette{changed, false};
-    Published<bool> showFindBar{changed, false};
-    Published<std::string> findText{changed};
-    Published<bool> smoothAnimations{changed, true};
-    Published<BrowserTheme> theme{changed, BrowserTheme::Midnight};
-    Published<SearchEngine> searchEngine{changed, SearchEngine::Google};
-    Published<bool> adBlockEnabled{changed, false};
-    Published<std::vector<WorkspaceSnapshot>> workspaceSnapshots{changed};
-    Published<std::optional<Uuid>> dropTargetTabID{changed};
-    Published<bool> dropInsertAfter{changed, false};
-
-    std::optional<Uuid> draggedTabID;
+    // The selected tab, or the tab (and the index) before it: once per operation.
+    sigc::signal<void(const SelectionChange&)> selectionChanged;
+    // A tab in the strip changed some of its fields: once per tab and operation.
+    sigc::signal<void(const BrowserTab&, TabFields)> tabChanged;
 
     // The selected tab; null only if the tab list is empty, which it never is after start-up.
     std::shared_ptr<BrowserTab> selectedTab() const;
+    const std::optional<Uuid>& draggedTabID() const { return draggedTabID_; }
     const std::vector<TabStore>& closedTabs() const { return closedTabs_; }
     bool isBootstrapping() const { return isBootstrapping_; }
     bool isSwitchingProfileState() const { return isSwitchingProfileState_; }
     bool hasAdBlockList() const { return adBlockList_ != nullptr; }
+    int indexOfTab(const Uuid& id) const;
 
     // The per-profile key: base name, one full stop, profile id.
     static std::string profileKey(std::string_view base, std::string_view profileID);
 
     // Persistence.
     void persistSession(const std::optional<std::string>& profileID = std::nullopt);
-    std::optional<TabList> restoreSession();
     void persistClosedTabs(const std::optional<std::string>& profileID = std::nullopt);
     void persistProfiles();
     void saveBookmarks(const std::string& profileID, const std::vector<Bookmark>& list);
@@ -103,6 +119,7 @@ public:
     std::vector<Bookmark> loadBookmarks(const std::string& profileID);
 
     // Tab operations.
+    void selectTab(int index);
     void newTab();
     void reopenLastClosedTab();
     void closeTab(int index);
@@ -116,11 +133,19 @@ public:
     bool canMoveTabRight(int index) const;
     int pinnedCount() const;
     void reorderTab(const Uuid& draggedID, const Uuid& targetID, bool insertAfter);
+    void setDraggedTab(std::optional<Uuid> id);
+    void setDropTarget(std::optional<Uuid> id, bool insertAfter);
+
+    // The selected tab's page.
+    void goBack();
+    void goForward();
+    void reload();
 
     // Profiles.
     void createProfile();
     void renameActiveProfile(std::string_view name);
     void deleteActiveProfile();
+    void switchToProfile(const std::string& id);
     std::string activeProfileName() const;
 
     // Workspace snapshots.
@@ -130,11 +155,28 @@ public:
 
     // Bookmarks and history.
     void addBookmark();
+    void openBookmark(const Bookmark& bookmark);
     void clearHistory();
 
     // Addresses.
+    void setAddressText(std::string_view text);
     void openURL(std::string_view text);
     void openHome();
+
+    // Settings and panels.
+    void setTheme(BrowserTheme value);
+    void setSearchEngine(SearchEngine value);
+    void setSmoothAnimations(bool value);
+    void setAdBlockEnabled(bool value);
+    void setShowSidebar(bool value);
+    void toggleSidebar();
+    void setShowFindBar(bool value);
+    void toggleFindBar();
+    // The find bar's "Done": hides the bar and forgets the text.
+    void hideFindBar();
+    void setFindText(std::string_view text);
+    void setShowTabOverview(bool value);
+    void setShowCommandPalette(bool value);
 
     // Content policies.
     void applyAdBlock(BrowserTab& tab);
@@ -143,6 +185,8 @@ public:
     void applyPasskeyPolicyToAllTabs();
     std::string currentHost() const;
     SitePermissionRule currentSiteRule() const;
+    // Stores `rule` for the current host, replacing any earlier one.
+    void setCurrentSiteRule(const SitePermissionRule& rule);
     void clearCurrentSiteRule();
 
     // Start pages.
@@ -154,6 +198,7 @@ public:
     void pauseDownload(const DownloadRecord& record);
     void resumeDownload(const DownloadRecord& record);
     void cancelDownload(const DownloadRecord& record);
+    void clearDownloads();
 
     // Zoom and find.
     void adjustZoom(double change);
@@ -163,24 +208,30 @@ public:
 private:
     explicit BrowserState(const BrowserServices& services);
 
+    // Every operation runs inside one: its notices go out when the outermost one ends.
+    NoticeQueue::Group operation() { return NoticeQueue::Group(*notices_); }
+
     void init();
     void connectReactions();
     void switchProfile(const std::string& id);
     void onActiveProfileIDChanged();
+    // Brings the address text in line with a selection that moved.
+    void followSelection();
+    void noteSelection();
+    void announceSelection();
 
-    // Unbound tabs for stored records: each loads its address, or the start page.
-    TabList tabsFromRecords(const std::vector<TabStore>& records);
-    // Every new tab goes through here: content first, then policies, then callbacks.
+    // The one way to make a tab: content first (the stored address, else the start page),
+    // then policies, then callbacks.
     std::shared_ptr<BrowserTab> makeTab(const std::optional<TabStore>& record);
+    // The one way to replace every tab at once (profile switch, workspace restore).
+    enum class ReloadSelected { No, Yes };
+    void replaceTabs(const std::vector<TabStore>& records, int selected, ReloadSelected reload);
     void bind(BrowserTab& tab);
-    void cancelTabSubscriptions();
     void addTabAndSelect(std::shared_ptr<BrowserTab> tab);
-    TabStore closedTabRecord(const BrowserTab& tab) const;
     void pushClosedTab(TabStore record);
-    int indexOfTab(const Uuid& id) const;
+    void setSelectionToTab(const Uuid& id);
     void movePinnedTabToSection(int index);
     void moveTab(int from, int to);
-    void setSelectionToTab(const Uuid& id);
 
     bool openInternalPageIfNeeded(std::string_view text);
     void recordHistory(const Url& url, const std::string& title);
@@ -191,13 +242,17 @@ private:
 
     BrowserServices services_;
     std::vector<TabStore> closedTabs_;
+    std::optional<Uuid> draggedTabID_;
     std::shared_ptr<ContentRuleList> adBlockList_;
     bool isBootstrapping_ = true;
     bool isSwitchingProfileState_ = false;
     // The id the active-profile reaction last acted on, to know which profile is leaving.
     std::string reactedProfileID_;
+    // The selection as views last heard it.
+    int announcedIndex_ = 0;
+    Uuid announcedTab_;
     // One subscription per bound tab, re-announcing its changes as ours.
-    std::vector<sigc::connection> cancellables_;
+    Connections tabSubscriptions_;
 };
 
 } // namespace ovel

@@ -4,24 +4,32 @@
 
 #include "web/Clock.h"
 #include "web/UuidSource.h"
-#include "web/BrowserTab.h"
 
 #include <algorithm>
 
 namespace ovel {
 
 void BrowserState::addBookmark() {
+    auto group = operation();
     const auto tab = selectedTab();
     if (!tab) {
         return;
     }
-    const std::optional<std::string> url = tab->webView().url();
+    const std::optional<std::string> url = tab->url();
     if (!url) {
         return;
     }
     bookmarks.modify([&](auto& list) {
         list.push_back(Bookmark{services_.uuids.makeUuid(), tab->title.get(), *url});
     });
+}
+
+void BrowserState::openBookmark(const Bookmark& bookmark) {
+    auto group = operation();
+    const auto tab = selectedTab();
+    if (auto url = Url::parse(bookmark.url); url && tab) {
+        tab->load(*url);
+    }
 }
 
 void BrowserState::recordHistory(const Url& url, const std::string& title) {
@@ -39,10 +47,12 @@ void BrowserState::recordHistory(const Url& url, const std::string& title) {
 }
 
 void BrowserState::clearHistory() {
+    auto group = operation();
     historyEntries.set({});
 }
 
 void BrowserState::createWorkspaceSnapshot(const std::optional<std::string>& named) {
+    auto group = operation();
     std::string name = trimmed(named.value_or(""));
     if (name.empty()) {
         name = "Workspace " + std::to_string(workspaceSnapshots->size() + 1);
@@ -53,7 +63,7 @@ void BrowserState::createWorkspaceSnapshot(const std::optional<std::string>& nam
                                selectedIndex.get(),
                                {}};
     for (const auto& tab : tabs.get()) {
-        snapshot.tabs.push_back(TabStore{tab->webView().url(), tab->isPinned.get()});
+        snapshot.tabs.push_back(tab->storedRecord());
     }
     workspaceSnapshots.modify([&](auto& list) { list.insert(list.begin(), std::move(snapshot)); });
     if (workspaceSnapshots->size() > maxWorkspaceSnapshots) {
@@ -62,23 +72,16 @@ void BrowserState::createWorkspaceSnapshot(const std::optional<std::string>& nam
 }
 
 void BrowserState::restoreWorkspaceSnapshot(const WorkspaceSnapshot& snapshot) {
+    auto group = operation();
     if (snapshot.tabs.empty()) {
         return;
     }
-    cancelTabSubscriptions();
-    // The previous tabs are dropped, not closed: they do not enter the closed-tab list.
-    tabs.set(tabsFromRecords(snapshot.tabs));
-    for (const auto& tab : tabs.get()) {
-        bind(*tab);
-    }
-    selectedIndex.set(
-        std::clamp(snapshot.selectedIndex, 0, std::max(static_cast<int>(tabs->size()) - 1, 0)));
-    applyAdBlockToAllTabs();
-    applyPasskeyPolicyToAllTabs();
+    replaceTabs(snapshot.tabs, snapshot.selectedIndex, ReloadSelected::Yes);
     persistSession();
 }
 
 void BrowserState::deleteWorkspaceSnapshot(const std::string& id) {
+    auto group = operation();
     workspaceSnapshots.modify([&](auto& list) {
         std::erase_if(list, [&](const WorkspaceSnapshot& snapshot) { return snapshot.id == id; });
     });

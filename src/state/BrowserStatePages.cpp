@@ -1,10 +1,9 @@
-// Typed addresses, internal pages, the start page, zoom and find: what happens in the
-// selected tab.
+// Typed addresses, internal pages, the start page, zoom and find: what happens in the selected
+// tab; and the settings and panels the user switches.
 
 #include "state/BrowserState.h"
 
 #include "web/AddressResolution.h"
-#include "web/BrowserTab.h"
 
 #include <algorithm>
 
@@ -17,7 +16,13 @@ constexpr double maximumZoom = 2.0;
 
 } // namespace
 
+void BrowserState::setAddressText(std::string_view text) {
+    auto group = operation();
+    addressText.set(std::string(text));
+}
+
 void BrowserState::openURL(std::string_view text) {
+    auto group = operation();
     const std::string typed = trimmed(text);
     if (typed.empty()) {
         return;
@@ -41,6 +46,7 @@ void BrowserState::openURL(std::string_view text) {
 }
 
 bool BrowserState::openInternalPageIfNeeded(std::string_view text) {
+    auto group = operation();
     const std::optional<InternalRoute> route = internalRouteFor(text);
     const auto tab = selectedTab();
     if (!route || !tab) {
@@ -49,14 +55,14 @@ bool BrowserState::openInternalPageIfNeeded(std::string_view text) {
     if (route->showsStartPage) {
         tab->loadStartPage(theme.get());
     }
-    tab->displayAddress.set(std::string(route->canonicalAddress));
-    tab->title.set(std::string(route->title));
+    tab->showInternalPage(route->canonicalAddress, route->title);
     addressText.set(std::string(route->canonicalAddress));
     persistSession();
     return true;
 }
 
 void BrowserState::openHome() {
+    auto group = operation();
     const auto tab = selectedTab();
     if (!tab) {
         return;
@@ -67,13 +73,14 @@ void BrowserState::openHome() {
 }
 
 void BrowserState::refreshStartPagesForTheme() {
+    auto group = operation();
     for (const auto& tab : tabs.get()) {
         const auto& address = tab->displayAddress.get();
         // A start page has no address of its own. An internal page opened over one (settings,
         // where the theme is chosen) also leaves the web view without one, but it is not the
         // start page that the user sees, and they stay where they are.
         const bool showsStartPage =
-            address ? toLowerAscii(*address) == "ovel://newtab" : !tab->webView().url().has_value();
+            address ? toLowerAscii(*address) == "ovel://newtab" : !tab->url().has_value();
         if (showsStartPage) {
             tab->loadStartPage(theme.get());
         }
@@ -92,13 +99,72 @@ void BrowserState::adjustZoom(double change) {
     if (zoom > maximumZoom) {
         zoom = maximumZoom;
     }
-    tab->webView().setPageZoom(zoom);
+    tab->mutableWebView().setPageZoom(zoom);
 }
 
 void BrowserState::resetZoom() {
     if (const auto tab = selectedTab()) {
-        tab->webView().setPageZoom(BrowserTab::defaultPageZoom);
+        tab->mutableWebView().setPageZoom(BrowserTab::defaultPageZoom);
     }
+}
+
+void BrowserState::setTheme(BrowserTheme value) {
+    auto group = operation();
+    theme.set(value);
+}
+
+void BrowserState::setSearchEngine(SearchEngine value) {
+    auto group = operation();
+    searchEngine.set(value);
+}
+
+void BrowserState::setSmoothAnimations(bool value) {
+    auto group = operation();
+    smoothAnimations.set(value);
+}
+
+void BrowserState::setAdBlockEnabled(bool value) {
+    auto group = operation();
+    adBlockEnabled.set(value);
+}
+
+void BrowserState::setShowSidebar(bool value) {
+    auto group = operation();
+    showSidebar.set(value);
+}
+
+void BrowserState::toggleSidebar() {
+    setShowSidebar(!showSidebar.get());
+}
+
+void BrowserState::setShowFindBar(bool value) {
+    auto group = operation();
+    showFindBar.set(value);
+}
+
+void BrowserState::toggleFindBar() {
+    setShowFindBar(!showFindBar.get());
+}
+
+void BrowserState::hideFindBar() {
+    auto group = operation();
+    showFindBar.set(false);
+    findText.set("");
+}
+
+void BrowserState::setFindText(std::string_view text) {
+    auto group = operation();
+    findText.set(std::string(text));
+}
+
+void BrowserState::setShowTabOverview(bool value) {
+    auto group = operation();
+    showTabOverview.set(value);
+}
+
+void BrowserState::setShowCommandPalette(bool value) {
+    auto group = operation();
+    showCommandPalette.set(value);
 }
 
 void BrowserState::runFind() {
@@ -107,7 +173,7 @@ void BrowserState::runFind() {
     if (text.empty() || !tab) {
         return;
     }
-    tab->webView().find(text);
+    tab->mutableWebView().find(text);
 }
 
 } // namespace ovel

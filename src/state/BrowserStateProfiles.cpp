@@ -4,14 +4,15 @@
 #include "state/BrowserState.h"
 
 #include "records/SettingsStore.h"
-#include "web/UuidSource.h"
 #include "web/Url.h"
+#include "web/UuidSource.h"
 
 #include <algorithm>
 
 namespace ovel {
 
 void BrowserState::createProfile() {
+    auto group = operation();
     BrowserProfile profile{services_.uuids.makeUuid(),
                            "Profile " + std::to_string(profiles->size() + 1)};
     const std::string id = profile.id;
@@ -21,6 +22,7 @@ void BrowserState::createProfile() {
 }
 
 void BrowserState::renameActiveProfile(std::string_view name) {
+    auto group = operation();
     auto it = std::find_if(profiles->begin(), profiles->end(), [this](const BrowserProfile& p) {
         return p.id == activeProfileID.get();
     });
@@ -37,6 +39,7 @@ void BrowserState::renameActiveProfile(std::string_view name) {
 }
 
 void BrowserState::deleteActiveProfile() {
+    auto group = operation();
     if (profiles->size() <= 1) {
         return;
     }
@@ -61,6 +64,11 @@ void BrowserState::deleteActiveProfile() {
     activeProfileID.set(next);
     isBootstrapping_ = false;
     switchProfile(next);
+}
+
+void BrowserState::switchToProfile(const std::string& id) {
+    auto group = operation();
+    activeProfileID.set(id);
 }
 
 std::string BrowserState::activeProfileName() const {

@@ -1,42 +1,24 @@
-// Tab operations: opening, closing, reopening, duplicating, pinning and moving tabs. Each keeps
-// the selection on the same tab and saves the session only when it changed something.
+// Tab operations: selecting, opening, closing, reopening, duplicating, pinning and moving tabs.
+// Each keeps the selection on the same tab and saves the session only when it changed something.
 
 #include "state/BrowserState.h"
-
-#include "web/BrowserTab.h"
 
 #include <algorithm>
 #include <set>
 
 namespace ovel {
 
-std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>& record) {
-    // Made without a start page of its own: what it shows is loaded below, once.
-    auto tab = BrowserTab::create(services_, false);
-    std::optional<Url> url;
-    if (record) {
-        tab->isPinned.set(record->isPinned);
-        url = record->url ? Url::parse(*record->url) : std::nullopt;
+void BrowserState::selectTab(int index) {
+    auto group = operation();
+    if (index >= 0 && index < static_cast<int>(tabs->size())) {
+        selectedIndex.set(index);
     }
-    if (url) {
-        tab->load(*url);
-    } else {
-        tab->loadStartPage(theme.get());
-    }
-    applyAdBlock(*tab);
-    applyPasskeyPolicy(*tab);
-    bind(*tab);
-    return tab;
 }
 
 void BrowserState::addTabAndSelect(std::shared_ptr<BrowserTab> tab) {
-    tabs.modify([&](TabList& list) { list.push_back(std::move(tab)); });
+    tabs.insert(static_cast<int>(tabs->size()), std::move(tab));
     selectedIndex.set(static_cast<int>(tabs->size()) - 1);
     persistSession();
-}
-
-TabStore BrowserState::closedTabRecord(const BrowserTab& tab) const {
-    return TabStore{tab.webView().url(), tab.isPinned.get()};
 }
 
 void BrowserState::pushClosedTab(TabStore record) {
@@ -46,22 +28,17 @@ void BrowserState::pushClosedTab(TabStore record) {
     }
 }
 
-int BrowserState::indexOfTab(const Uuid& id) const {
-    const TabList& list = tabs.get();
-    auto it =
-        std::find_if(list.begin(), list.end(), [&](const auto& tab) { return tab->id() == id; });
-    return it == list.end() ? -1 : static_cast<int>(it - list.begin());
-}
-
 void BrowserState::setSelectionToTab(const Uuid& id) {
     selectedIndex.set(std::max(indexOfTab(id), 0));
 }
 
 void BrowserState::newTab() {
+    auto group = operation();
     addTabAndSelect(makeTab(std::nullopt));
 }
 
 void BrowserState::reopenLastClosedTab() {
+    auto group = operation();
     if (closedTabs_.empty()) {
         return;
     }
@@ -72,11 +49,12 @@ void BrowserState::reopenLastClosedTab() {
 }
 
 void BrowserState::closeTab(int index) {
+    auto group = operation();
     const int count = static_cast<int>(tabs->size());
     if (count <= 1 || index < 0 || index >= count) {
         return;
     }
-    pushClosedTab(closedTabRecord(*tabs.get()[static_cast<std::size_t>(index)]));
+    pushClosedTab(tabs.get()[static_cast<std::size_t>(index)]->storedRecord());
     persistClosedTabs();
 
     int selection = selectedIndex.get();
@@ -85,61 +63,66 @@ void BrowserState::closeTab(int index) {
     } else if (index == selection) {
         selection = std::min(selection, count - 2);
     }
-    tabs.modify([index](TabList& list) { list.erase(list.begin() + index); });
+    tabs.remove(index);
     selectedIndex.set(selection);
     persistSession();
 }
 
 void BrowserState::duplicateSelectedTab() {
+    auto group = operation();
     const auto source = selectedTab();
     if (!source) {
         return;
     }
     // Only the address is copied: no history, no scroll position.
-    addTabAndSelect(makeTab(TabStore{source->webView().url(), source->isPinned.get()}));
+    addTabAndSelect(makeTab(source->storedRecord()));
 }
 
 void BrowserState::closeOtherTabs(int keeping) {
+    auto group = operation();
     const int count = static_cast<int>(tabs->size());
     if (keeping < 0 || keeping >= count) {
         return;
     }
-    const auto kept = tabs.get()[static_cast<std::size_t>(keeping)];
     for (int i = 0; i < count; ++i) {
         if (i != keeping) {
-            pushClosedTab(closedTabRecord(*tabs.get()[static_cast<std::size_t>(i)]));
+            pushClosedTab(tabs.get()[static_cast<std::size_t>(i)]->storedRecord());
         }
     }
-    tabs.set({kept});
+    // Removed from the right, so each step's index holds when views replay them in order.
+    for (int i = count - 1; i >= 0; --i) {
+        if (i != keeping) {
+            tabs.remove(i);
+        }
+    }
     selectedIndex.set(0);
     persistClosedTabs();
     persistSession();
 }
 
 void BrowserState::closeDuplicateTabs() {
+    auto group = operation();
     if (tabs->size() < 2) {
         return;
     }
     std::set<std::string> seen;
-    TabList kept;
-    std::vector<std::shared_ptr<BrowserTab>> duplicates;
-    for (const auto& tab : tabs.get()) {
-        const std::string key =
-            tab->webView().url().value_or("start://newtab") + "|" + tab->title.get();
-        if (seen.insert(key).second) {
-            kept.push_back(tab);
-        } else {
-            duplicates.push_back(tab);
+    std::vector<int> duplicates;
+    for (int i = 0; i < static_cast<int>(tabs->size()); ++i) {
+        const BrowserTab& tab = *tabs.get()[static_cast<std::size_t>(i)];
+        if (!seen.insert(tab.url().value_or("start://newtab") + "|" + tab.title.get()).second) {
+            duplicates.push_back(i);
         }
     }
     if (duplicates.empty()) {
         return;
     }
     const auto selected = selectedTab();
-    for (const auto& tab : duplicates) {
-        pushClosedTab(closedTabRecord(*tab));
+    for (int index : duplicates) {
+        pushClosedTab(tabs.get()[static_cast<std::size_t>(index)]->storedRecord());
     }
-    tabs.set(std::move(kept));
+    for (auto it = duplicates.rbegin(); it != duplicates.rend(); ++it) {
+        tabs.remove(*it);
+    }
     setSelectionToTab(selected ? selected->id() : Uuid{});
     persistClosedTabs();
     persistSession();
@@ -151,11 +134,12 @@ int BrowserState::pinnedCount() const {
 }
 
 void BrowserState::togglePinTab(int index) {
+    auto group = operation();
     if (index < 0 || index >= static_cast<int>(tabs->size())) {
         return;
     }
     BrowserTab& tab = *tabs.get()[static_cast<std::size_t>(index)];
-    tab.isPinned.set(!tab.isPinned.get());
+    tab.setPinned(!tab.isPinned.get());
     movePinnedTabToSection(index);
     persistSession();
 }
@@ -165,16 +149,12 @@ void BrowserState::movePinnedTabToSection(int index) {
         return;
     }
     const auto selected = selectedTab();
-    tabs.modify([index](TabList& list) {
-        auto tab = list[static_cast<std::size_t>(index)];
-        list.erase(list.begin() + index);
-        const auto pinnedRemaining = std::count_if(list.begin(), list.end(),
-                                                   [](const auto& t) { return t->isPinned.get(); });
-        // Pinned tabs go to the end of the pinned section, unpinned ones to the end of the strip.
-        const auto destination =
-            tab->isPinned.get() ? pinnedRemaining : static_cast<std::ptrdiff_t>(list.size());
-        list.insert(list.begin() + destination, std::move(tab));
-    });
+    const bool pinned = tabs.get()[static_cast<std::size_t>(index)]->isPinned.get();
+    // Counted without the tab itself: pinned tabs go to the end of the pinned section,
+    // unpinned ones to the end of the strip.
+    const int others = static_cast<int>(tabs->size()) - 1;
+    const int destination = pinned ? pinnedCount() - 1 : others;
+    tabs.move(index, destination);
     if (selected) {
         setSelectionToTab(selected->id());
     }
@@ -216,14 +196,7 @@ void BrowserState::moveTab(int from, int to) {
     if (gap == from || gap == from + 1) {
         return;
     }
-    if (gap > from) {
-        gap -= 1;
-    }
-    tabs.modify([from, gap](TabList& list) {
-        auto tab = list[static_cast<std::size_t>(from)];
-        list.erase(list.begin() + from);
-        list.insert(list.begin() + gap, std::move(tab));
-    });
+    tabs.move(from, gap > from ? gap - 1 : gap);
     if (selected) {
         setSelectionToTab(selected->id());
     }
@@ -231,14 +204,17 @@ void BrowserState::moveTab(int from, int to) {
 }
 
 void BrowserState::moveTabLeft(int index) {
+    auto group = operation();
     moveTab(index, index - 1);
 }
 
 void BrowserState::moveTabRight(int index) {
+    auto group = operation();
     moveTab(index, index + 2);
 }
 
 void BrowserState::reorderTab(const Uuid& draggedID, const Uuid& targetID, bool insertAfter) {
+    auto group = operation();
     const int from = indexOfTab(draggedID);
     const int target = indexOfTab(targetID);
     if (from < 0 || target < 0) {
@@ -246,6 +222,34 @@ void BrowserState::reorderTab(const Uuid& draggedID, const Uuid& targetID, bool 
     }
     const int gap = std::clamp(target + (insertAfter ? 1 : 0), 0, static_cast<int>(tabs->size()));
     moveTab(from, gap);
+}
+
+void BrowserState::setDraggedTab(std::optional<Uuid> id) {
+    draggedTabID_ = std::move(id);
+}
+
+void BrowserState::setDropTarget(std::optional<Uuid> id, bool insertAfter) {
+    auto group = operation();
+    dropTargetTabID.set(std::move(id));
+    dropInsertAfter.set(insertAfter);
+}
+
+void BrowserState::goBack() {
+    if (const auto tab = selectedTab()) {
+        tab->mutableWebView().goBack();
+    }
+}
+
+void BrowserState::goForward() {
+    if (const auto tab = selectedTab()) {
+        tab->mutableWebView().goForward();
+    }
+}
+
+void BrowserState::reload() {
+    if (const auto tab = selectedTab()) {
+        tab->mutableWebView().reload();
+    }
 }
 
 } // namespace ovel

@@ -1,27 +1,38 @@
 #include "web/BrowserTab.h"
 
 #include "web/Desktop.h"
-#include "web/MainQueue.h"
-#include "web/UuidSource.h"
 #include "web/DownloadNaming.h"
+#include "web/MainQueue.h"
 #include "web/StartPage.h"
+#include "web/UuidSource.h"
 #include "web/WebEngine.h"
+
+#include <utility>
 
 namespace ovel {
 
-std::shared_ptr<BrowserTab> BrowserTab::create(const BrowserServices& services, bool startPage) {
-    std::shared_ptr<BrowserTab> tab(new BrowserTab(services));
-    if (startPage) {
-        tab->loadStartPage(BrowserTheme::Midnight);
-    }
-    return tab;
+std::shared_ptr<BrowserTab> BrowserTab::create(const BrowserServices& services,
+                                               std::shared_ptr<NoticeQueue> notices) {
+    return std::shared_ptr<BrowserTab>(new BrowserTab(services, std::move(notices)));
 }
 
-BrowserTab::BrowserTab(const BrowserServices& services)
-    : activeDownloadID(services.uuids.makeUuid()), services_(services),
-      id_(services.uuids.makeUuid()), webView_(services.engine.createWebView(*this)) {}
+BrowserTab::BrowserTab(const BrowserServices& services, std::shared_ptr<NoticeQueue> notices)
+    : services_(services), notices_(std::move(notices)),
+      activeDownloadID(services.uuids.makeUuid()), id_(services.uuids.makeUuid()),
+      webView_(services.engine.createWebView(*this)) {}
 
-BrowserTab::~BrowserTab() = default;
+BrowserTab::~BrowserTab() {
+    notices_->cancel(this);
+}
+
+void BrowserTab::noteChanged(TabFields fields) {
+    const bool queued = !pendingChanges_.empty();
+    pendingChanges_.add(fields);
+    // Outside an operation this announces at once, so the fields are noted first.
+    if (!queued) {
+        notices_->enqueue(this, [this] { changed.emit(std::exchange(pendingChanges_, {})); });
+    }
+}
 
 std::optional<Url> BrowserTab::webViewUrl() const {
     const auto url = webView_->url();
@@ -38,11 +49,25 @@ void BrowserTab::loadStartPage(BrowserTheme theme) {
     webView_->loadHTMLString(startPageHTML(theme));
 }
 
+void BrowserTab::showInternalPage(std::string_view address, std::string_view pageTitle) {
+    displayAddress.set(std::string(address));
+    title.set(std::string(pageTitle));
+}
+
+// Each engine event is one operation: what it changes, here and through the callbacks in the
+// state, is announced together when it ends.
+
 void BrowserTab::didStartProvisionalNavigation() {
+    NoticeQueue::Group group(*notices_);
     isLoading.set(true);
 }
 
+void BrowserTab::urlDidChange() {
+    noteChanged(TabField::Url);
+}
+
 void BrowserTab::didFinishNavigation() {
+    NoticeQueue::Group group(*notices_);
     title.set(webView_->title().value_or(std::string(untitledTitle)));
     canGoBack.set(webView_->canGoBack());
     canGoForward.set(webView_->canGoForward());
@@ -54,6 +79,7 @@ void BrowserTab::didFinishNavigation() {
 }
 
 void BrowserTab::didFailNavigation() {
+    NoticeQueue::Group group(*notices_);
     isLoading.set(false);
 }
 
@@ -63,6 +89,7 @@ void BrowserTab::estimatedProgressDidChange() {
 }
 
 NavigationActionPolicy BrowserTab::decidePolicy(const NavigationAction& action) {
+    NoticeQueue::Group group(*notices_);
     const std::optional<Url> url = action.url ? Url::parse(*action.url) : std::nullopt;
     if (url && onNavigationRequest) {
         onNavigationRequest(*url);
@@ -167,6 +194,7 @@ void BrowserTab::fetchFavicon() {
                                  }
                                  mainQueue.post([weakTab, image = std::move(*image)]() mutable {
                                      if (auto tab = weakTab.lock()) {
+                                         NoticeQueue::Group group(*tab->notices_);
                                          tab->favicon.set(std::move(image));
                                      }
                                  });
@@ -176,6 +204,7 @@ void BrowserTab::fetchFavicon() {
 void BrowserTab::postToSelf(std::function<void(BrowserTab&)> task) {
     services_.mainQueue.post([weakTab = weak_from_this(), task = std::move(task)] {
         if (auto tab = weakTab.lock()) {
+            NoticeQueue::Group group(*tab->notices_);
             task(*tab);
         }
     });

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "web/Published.h"
 #include "records/Records.h"
 #include "web/BrowserServices.h"
 #include "web/Download.h"
 #include "web/FaviconFetcher.h"
+#include "web/Notices.h"
+#include "web/Published.h"
 #include "web/Url.h"
 #include "web/WebView.h"
 
@@ -15,43 +16,83 @@
 
 namespace ovel {
 
+// What changed in a tab, told to views once per operation.
+enum class TabField : unsigned {
+    Title = 1u << 0,
+    Favicon = 1u << 1,
+    Url = 1u << 2,
+    Loading = 1u << 3,
+    Progress = 1u << 4,
+    BackForward = 1u << 5,
+    Pinned = 1u << 6,
+    DisplayAddress = 1u << 7,
+    DownloadMessage = 1u << 8,
+};
+
+class TabFields {
+public:
+    TabFields() = default;
+    TabFields(TabField field) : bits_(static_cast<unsigned>(field)) {}
+
+    bool has(TabField field) const { return (bits_ & static_cast<unsigned>(field)) != 0; }
+    bool empty() const { return bits_ == 0; }
+    void add(TabFields fields) { bits_ |= fields.bits_; }
+    bool operator==(const TabFields&) const = default;
+
+private:
+    unsigned bits_ = 0;
+};
+
 // One tab: owns its web view, publishes what the chrome shows of it, and reports what the rest
 // of the browser must learn through callbacks that its owner installs. It holds no reference to
-// the browser state.
+// the browser state; only the state changes what it shows and what it loads.
 class BrowserTab final : public WebViewDelegate,
                          public DownloadDelegate,
                          public std::enable_shared_from_this<BrowserTab> {
+    // First, so the fields below can announce through them.
+    BrowserServices services_;
+    std::shared_ptr<NoticeQueue> notices_;
+    TabFields pendingChanges_;
+
 public:
     static constexpr std::string_view newTabTitle = "New Tab";
     static constexpr std::string_view untitledTitle = "Untitled";
     static constexpr double defaultPageZoom = 1.1;
 
-    // With `startPage` the tab at once shows the start page of the first theme.
-    static std::shared_ptr<BrowserTab> create(const BrowserServices& services, bool startPage);
+    // A tab showing nothing yet; its notices join the operations of whoever shares `notices`.
+    static std::shared_ptr<BrowserTab> create(const BrowserServices& services,
+                                              std::shared_ptr<NoticeQueue> notices);
     ~BrowserTab() override;
 
     BrowserTab(const BrowserTab&) = delete;
     BrowserTab& operator=(const BrowserTab&) = delete;
 
     const Uuid& id() const { return id_; }
-    WebView& webView() { return *webView_; }
     const WebView& webView() const { return *webView_; }
+    // The address of the page in the web view, as the engine reports it; none for the start page.
+    std::optional<std::string> url() const { return webView_->url(); }
     // The web view's URL, parsed; none for the start page or an unparsable address.
     std::optional<Url> webViewUrl() const;
+    // The tab as a session, the closed-tab list or a workspace keeps it.
+    TabStore storedRecord() const { return TabStore{url(), isPinned.get()}; }
 
-    // Fires after any published field below changes.
-    sigc::signal<void()> changed;
+    // Which fields changed, once per operation.
+    sigc::signal<void(TabFields)> changed;
 
-    Published<std::string> title{changed, std::string(newTabTitle)};
-    Published<std::optional<FaviconImage>> favicon{changed};
-    Published<bool> isPinned{changed, false};
-    Published<bool> canGoBack{changed, false};
-    Published<bool> canGoForward{changed, false};
-    Published<double> loadingProgress{changed, 0.0};
-    Published<bool> isLoading{changed, false};
-    Published<std::optional<std::string>> lastDownloadMessage{changed};
+    Published<std::string, BrowserTab> title{*notices_, noteOf(TabField::Title),
+                                             std::string(newTabTitle)};
+    Published<std::optional<FaviconImage>, BrowserTab> favicon{*notices_,
+                                                               noteOf(TabField::Favicon)};
+    Published<bool, BrowserTab> isPinned{*notices_, noteOf(TabField::Pinned), false};
+    Published<bool, BrowserTab> canGoBack{*notices_, noteOf(TabField::BackForward), false};
+    Published<bool, BrowserTab> canGoForward{*notices_, noteOf(TabField::BackForward), false};
+    Published<double, BrowserTab> loadingProgress{*notices_, noteOf(TabField::Progress), 0.0};
+    Published<bool, BrowserTab> isLoading{*notices_, noteOf(TabField::Loading), false};
+    Published<std::optional<std::string>, BrowserTab> lastDownloadMessage{
+        *notices_, noteOf(TabField::DownloadMessage)};
     // Set while the tab shows an internal page: its ovel:// address.
-    Published<std::optional<std::string>> displayAddress{changed};
+    Published<std::optional<std::string>, BrowserTab> displayAddress{
+        *notices_, noteOf(TabField::DisplayAddress)};
 
     // Installed once by the browser state; each holds the state (and the tab) weakly.
     std::function<void(WebView&)> onPageUpdate;
@@ -69,15 +110,25 @@ public:
     Uuid activeDownloadID;
     std::optional<std::string> activeDownloadSourceURL;
 
+private:
+    friend class BrowserState;
+
+    BrowserTab(const BrowserServices& services, std::shared_ptr<NoticeQueue> notices);
+
+    WebView& mutableWebView() { return *webView_; }
     // Leaves any internal page and loads `url` with the 60-second time-out.
     void load(const Url& url);
     void loadStartPage(BrowserTheme theme);
+    void setPinned(bool pinned) { isPinned.set(pinned); }
+    // Shows the internal page at `address` in place of the web view.
+    void showInternalPage(std::string_view address, std::string_view pageTitle);
 
     // WebViewDelegate
     void didStartProvisionalNavigation() override;
     void didFinishNavigation() override;
     void didFailNavigation() override;
     void estimatedProgressDidChange() override;
+    void urlDidChange() override;
     NavigationActionPolicy decidePolicy(const NavigationAction& action) override;
     NavigationResponsePolicy decidePolicy(const NavigationResponse& response) override;
     void navigationDidBecomeDownload(std::shared_ptr<Download> download) override;
@@ -91,14 +142,14 @@ public:
     void downloadDidFinish() override;
     void downloadDidFail(std::string_view errorMessage) override;
 
-private:
-    explicit BrowserTab(const BrowserServices& services);
-
+    std::function<void()> noteOf(TabField field) {
+        return [this, field] { noteChanged(field); };
+    }
+    void noteChanged(TabFields fields);
     void fetchFavicon();
     // Runs `task` on the main queue later, only if this tab still exists then.
     void postToSelf(std::function<void(BrowserTab&)> task);
 
-    BrowserServices services_;
     Uuid id_;
     // Declared last so it goes first: the view never calls back into a half-destroyed tab.
     std::unique_ptr<WebView> webView_;

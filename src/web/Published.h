@@ -1,19 +1,27 @@
 #pragma once
 
+#include "web/Notices.h"
+
 #include <sigc++/signal.h>
 
+#include <functional>
 #include <utility>
 
 namespace ovel {
 
-// A field whose every assignment is announced. The new value is stored before the
-// announcement, so a handler always reads the value it is told about. An owner may pass its
-// own aggregate signal, which fires after the field's own one ("something in me changed").
-template <typename T> class Published {
+// A field everyone may read and only its `Owner` may write. Every assignment runs the owner's
+// reactions at once (`assigned`, for example a store write, also when the value is the same);
+// views hear `changed` with the new value once per operation, and only when it differed.
+template <typename T, typename Owner> class Published {
 public:
-    explicit Published(T initial = T{}) : value_(std::move(initial)) {}
-    Published(sigc::signal<void()>& ownerChanged, T initial = T{})
-        : value_(std::move(initial)), ownerChanged_(&ownerChanged) {}
+    // Announces on its own `changed` signal.
+    Published(NoticeQueue& queue, T initial = T{})
+        : value_(std::move(initial)), queue_(queue),
+          noteChange_([this] { queue_.enqueue(this, [this] { changed_.emit(value_); }); }) {}
+    // Tells `noteChange` instead, which gathers several fields into one notice.
+    Published(NoticeQueue& queue, std::function<void()> noteChange, T initial = T{})
+        : value_(std::move(initial)), queue_(queue), noteChange_(std::move(noteChange)) {}
+    ~Published() { queue_.cancel(this); }
 
     Published(const Published&) = delete;
     Published& operator=(const Published&) = delete;
@@ -22,33 +30,40 @@ public:
     const T& operator*() const { return value_; }
     const T* operator->() const { return &value_; }
 
+    sigc::signal<void(const T&)>& changed() { return changed_; }
+
+private:
+    friend Owner;
+
     void set(T value) {
+        if (queue_.refusesChange("a published field")) {
+            return;
+        }
+        const bool differs = !(value_ == value);
         value_ = std::move(value);
-        announce();
+        if (differs) {
+            noteChange_();
+        }
+        assigned_.emit();
     }
 
     // An in-place change (append, remove, edit) counts as an assignment.
     template <typename Mutator> void modify(Mutator&& mutate) {
-        std::forward<Mutator>(mutate)(value_);
-        announce();
+        T value = value_;
+        std::forward<Mutator>(mutate)(value);
+        set(std::move(value));
     }
 
-    // Gives the field a value without announcing it: only for initial values.
+    // Gives the field a value without announcing it or reacting: only for initial values.
     void setInitial(T value) { value_ = std::move(value); }
 
-    sigc::signal<void()>& changed() { return changed_; }
-
-private:
-    void announce() {
-        changed_.emit();
-        if (ownerChanged_ != nullptr) {
-            ownerChanged_->emit();
-        }
-    }
+    sigc::signal<void()>& assigned() { return assigned_; }
 
     T value_;
-    sigc::signal<void()> changed_;
-    sigc::signal<void()>* ownerChanged_ = nullptr;
+    NoticeQueue& queue_;
+    std::function<void()> noteChange_;
+    sigc::signal<void(const T&)> changed_;
+    sigc::signal<void()> assigned_;
 };
 
 } // namespace ovel

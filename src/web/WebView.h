@@ -51,6 +51,9 @@ public:
     virtual void didFinishNavigation() = 0;
     virtual void didFailNavigation() = 0;
     virtual void estimatedProgressDidChange() = 0;
+    // The address of the page shown changed: a navigation committed, or the page moved within
+    // itself (a fragment, history.pushState).
+    virtual void urlDidChange() = 0;
 
     virtual NavigationActionPolicy decidePolicy(const NavigationAction& action) = 0;
     virtual NavigationResponsePolicy decidePolicy(const NavigationResponse& response) = 0;

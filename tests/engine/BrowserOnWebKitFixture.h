@@ -3,8 +3,8 @@
 #include "FreshEngine.h"
 #include "TestPages.h"
 #include "app/GlibMainQueue.h"
-#include "state/BrowserState.h"
 #include "records/MemorySettingsStore.h"
+#include "state/BrowserState.h"
 #include "support/FakeClock.h"
 #include "support/FolderDesktop.h"
 #include "support/GtkTestEnvironment.h"
@@ -43,7 +43,8 @@ protected:
         window = gtk_window_new();
         gtk_window_set_default_size(GTK_WINDOW(window), 800, 600);
         showSelectedTab();
-        selectionConnection = state->changed.connect([this] { showSelectedTab(); });
+        connections.add(
+            state->selectionChanged.connect([this](const SelectionChange&) { showSelectedTab(); }));
         gtk_window_present(GTK_WINDOW(window));
         // The finished compilation of the rule list reloads the selected tab: both it and the
         // first start page are done before the test begins.
@@ -62,10 +63,7 @@ protected:
         if (watchedView != nullptr) {
             g_signal_handlers_disconnect_by_data(watchedView, this);
         }
-        selectionConnection.disconnect();
-        for (auto& connection : connections) {
-            connection.disconnect();
-        }
+        connections.disconnectAll();
         state.reset();
         gtk_window_destroy(GTK_WINDOW(window));
         engine.reset();
@@ -73,9 +71,11 @@ protected:
 
     BrowserTab& tab() { return *state->tabs.get().at(std::size_t(state->selectedIndex.get())); }
 
-    static WebKitWebView* webKitView(BrowserTab& tab) {
+    static WebKitWebView* webKitView(const BrowserTab& tab) {
         return WEBKIT_WEB_VIEW(WebKitWebViewAdapter::widgetOf(tab.webView()));
     }
+    // The engine side of a tab, for tests that ask of it what no operation of the state does.
+    static WebView& webViewOf(BrowserTab& tab) { return const_cast<WebView&>(tab.webView()); }
 
     // WebKit counts a load as under way from the call that asks for it, so a reload just asked
     // for is never mistaken for one finished.
@@ -105,12 +105,16 @@ protected:
     // the adapter handles load-failed, which stops the signal).
     void watchTab() {
         BrowserTab& watched = tab();
-        connections.push_back(watched.isLoading.changed().connect(
-            [this, &watched] { log.push_back(watched.isLoading.get() ? "loading" : "loaded"); }));
-        connections.push_back(watched.title.changed().connect(
-            [this, &watched] { log.push_back("title " + watched.title.get()); }));
-        connections.push_back(watched.canGoBack.changed().connect([this, &watched] {
-            log.push_back(watched.canGoBack.get() ? "can go back" : "cannot go back");
+        connections.add(watched.changed.connect([this, &watched](TabFields fields) {
+            if (fields.has(TabField::Title)) {
+                log.push_back("title " + watched.title.get());
+            }
+            if (fields.has(TabField::BackForward)) {
+                log.push_back(watched.canGoBack.get() ? "can go back" : "cannot go back");
+            }
+            if (fields.has(TabField::Loading)) {
+                log.push_back(watched.isLoading.get() ? "loading" : "loaded");
+            }
         }));
         watchedView = webKitView(watched);
         g_signal_connect(watchedView, "load-changed", G_CALLBACK(&noteLoadChanged), this);
@@ -171,8 +175,7 @@ protected:
     std::shared_ptr<BrowserState> state;
     GtkWidget* window = nullptr;
     std::vector<std::string> log;
-    std::vector<sigc::connection> connections;
-    sigc::connection selectionConnection;
+    Connections connections;
     WebKitWebView* watchedView = nullptr;
     std::vector<std::string> engineEvents;
 };

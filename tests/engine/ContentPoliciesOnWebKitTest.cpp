@@ -36,7 +36,7 @@ TEST_F(AdBlockingOnWebKit, AdScriptsNeverReachTheServerUntilBlockingIsOff) {
     EXPECT_EQ(server.requestCount("/ads.js"), 0);
 
     // Switching blocking off reloads the page, and the ad comes in.
-    state->adBlockEnabled.set(false);
+    state->setAdBlockEnabled(false);
     ASSERT_TRUE(waitUntilIdle(tab()));
     EXPECT_EQ(server.requestCount("/ads.js"), 1);
 }
@@ -54,8 +54,8 @@ TEST_F(ContentPoliciesOnWebKit, ImageRuleBlocksImagesOnlyOnTheDomainsItNames) {
     }));
     ASSERT_TRUE(waitUntil([&] { return compiled; }));
     ASSERT_NE(list, nullptr);
-    tab().webView().removeAllContentRuleLists();
-    tab().webView().addContentRuleList(*list);
+    webViewOf(tab()).removeAllContentRuleLists();
+    webViewOf(tab()).addContentRuleList(*list);
 
     LoopbackServer::Response image;
     image.contentType = "image/gif";
@@ -89,7 +89,6 @@ TEST_F(ContentPoliciesOnWebKit, BlockingSiteRuleAnswersThePageWithoutAskingTheUs
     blocking.camera = PermissionSetting::Block;
     blocking.location = PermissionSetting::Block;
     blocking.notifications = PermissionSetting::Block;
-    state->sitePermissionRules.set({{"127.0.0.1", blocking}});
     server.serveHtml("/asking", titled("Asking"));
     const std::string askForLocation =
         "try { navigator.geolocation.getCurrentPosition(() => {}, () => {}); return 'asked'; }"
@@ -99,8 +98,13 @@ TEST_F(ContentPoliciesOnWebKit, BlockingSiteRuleAnswersThePageWithoutAskingTheUs
         " s.getTracks().forEach(t => t.stop()); return 'stream'; }"
         " catch (e) { return 'error ' + e.name; }";
 
+    // The rule is set as the settings page sets it, for the site shown; the page's next load
+    // runs under it.
     state->openURL(server.url("/asking"));
     ASSERT_TRUE(waitUntilShowing(tab(), server.url("/asking")));
+    state->setCurrentSiteRule(blocking);
+    state->reload();
+    ASSERT_TRUE(waitUntil([&] { return !isIdle(tab()); }) && waitUntilIdle(tab()));
     EXPECT_EQ(runScript(webKitView(tab()), askForLocation), "Location blocked");
     EXPECT_EQ(runScript(webKitView(tab()), "return await Notification.requestPermission();"),
               "denied");

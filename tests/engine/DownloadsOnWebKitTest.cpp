@@ -73,10 +73,12 @@ protected:
         BrowserOnWebKit::SetUp();
         downloads = *desktop.downloads;
         server.serveHtml("/a", "<html><head><title>Page A</title></head><body>A</body></html>");
-        connections.push_back(tab().lastDownloadMessage.changed().connect(
-            [this] { messages.push_back(tab().lastDownloadMessage.get().value_or("(none)")); }));
-        connections.push_back(state->downloads.changed().connect([this] {
-            const auto& list = state->downloads.get();
+        connections.add(tab().changed.connect([this](TabFields fields) {
+            if (fields.has(TabField::DownloadMessage)) {
+                messages.push_back(tab().lastDownloadMessage.get().value_or("(none)"));
+            }
+        }));
+        connections.add(state->downloads.changed().connect([this](const auto& list) {
             if (!list.empty()) {
                 entries.push_back(std::string(list[0].statusLabel()) + " " + list[0].fileName);
             }

@@ -67,7 +67,7 @@ TEST_F(RoutesOnWebKit, ZoomStopsAtItsBoundsAndStaysWithItsTab) {
     EXPECT_EQ(zoomOf(second), 0.75);
     EXPECT_EQ(zoomOf(first), 2.0);
 
-    state->selectedIndex.set(0);
+    state->selectTab(0);
     state->resetZoom();
     EXPECT_EQ(zoomOf(first), 1.1);
     EXPECT_EQ(zoomOf(second), 0.75);
@@ -80,13 +80,13 @@ TEST_F(RoutesOnWebKit, FindLooksForTheTrimmedTextInAnyCase) {
     ASSERT_TRUE(waitUntilShowing(tab(), server.url("/a")));
     FindRecorder finds(webKitView(tab()));
 
-    state->findText.set("  NEEDLE  ");
+    state->setFindText("  NEEDLE  ");
     state->runFind();
     ASSERT_TRUE(waitUntil([&] { return finds.results.size() == 1; }));
-    state->findText.set("thimble");
+    state->setFindText("thimble");
     state->runFind();
     ASSERT_TRUE(waitUntil([&] { return finds.results.size() == 2; }));
-    state->findText.set(" \n ");
+    state->setFindText(" \n ");
     state->runFind();
     runMainLoopFor(300ms);
     EXPECT_EQ(finds.results, (std::vector<std::string>{"found 2", "not found"}));

@@ -22,8 +22,9 @@ struct FakeServices {
     BrowserServices services() {
         return BrowserServices{store, engine, mainQueue, clock, uuids, favicons, desktop};
     }
-    static FakeWebView& viewOf(BrowserTab& tab) {
-        return dynamic_cast<FakeWebView&>(tab.webView());
+    // The fake behind a tab: tests drive the engine's side of it.
+    static FakeWebView& viewOf(const BrowserTab& tab) {
+        return const_cast<FakeWebView&>(dynamic_cast<const FakeWebView&>(tab.webView()));
     }
 
     RecordingSettingsStore store;

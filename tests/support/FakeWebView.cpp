@@ -4,18 +4,28 @@ namespace ovel::test {
 
 void FakeWebView::load(const LoadRequest& request) {
     loadRequests.push_back(request);
+    // As the engine's view does: until a page commits it reports the address asked for.
+    if (!committed) {
+        currentUrl = request.url;
+    }
 }
 
 void FakeWebView::loadHTMLString(std::string_view html) {
     htmlLoads.emplace_back(html);
+    committed = true;
     // Generated HTML has no URL; the engine reports it as finished like any page.
-    currentUrl.reset();
+    if (currentUrl) {
+        currentUrl.reset();
+        delegate_.urlDidChange();
+    }
 }
 
 void FakeWebView::simulateNavigation(const std::string& url, std::optional<std::string> pageTitle) {
     delegate_.decidePolicy(NavigationAction{url, false});
     delegate_.didStartProvisionalNavigation();
+    committed = true;
     currentUrl = url;
+    delegate_.urlDidChange();
     currentTitle = std::move(pageTitle);
     delegate_.didFinishNavigation();
 }

@@ -56,6 +56,7 @@ public:
     int stopCount = 0;
 
     std::optional<std::string> currentUrl;
+    bool committed = false;
     std::optional<std::string> currentTitle;
     bool backAvailable = false;
     bool forwardAvailable = false;

@@ -2,6 +2,7 @@
 
 #include <gio/gio.h>
 
+#include <cstdio>
 #include <vector>
 
 namespace ovel::test {
@@ -58,6 +59,17 @@ std::optional<std::string> ProcessBrowserDriver::text(const std::string& role,
         value->pop_back();
     }
     return value;
+}
+
+std::optional<ProcessBrowserDriver::Extents>
+ProcessBrowserDriver::extents(const std::string& role, const std::string& name) const {
+    const auto printed = atspi({"extents", role, name});
+    Extents area{};
+    if (!printed || std::sscanf(printed->c_str(), "%d %d %d %d", &area.x, &area.y, &area.width,
+                                &area.height) != 4) {
+        return std::nullopt;
+    }
+    return area;
 }
 
 std::string ProcessBrowserDriver::dump() const {

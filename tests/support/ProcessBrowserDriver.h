@@ -21,6 +21,11 @@ public:
     // Runs the control's click action; false when no such control shows.
     bool click(const std::string& role, const std::string& name) const;
     std::optional<std::string> text(const std::string& role, const std::string& name) const;
+    // Where the control is, relative to its window.
+    struct Extents {
+        int x, y, width, height;
+    };
+    std::optional<Extents> extents(const std::string& role, const std::string& name) const;
     // The accessibility tree as text, for failure messages.
     std::string dump() const;
 

@@ -21,6 +21,7 @@ public:
 
     std::vector<std::string> events;
     int progressChanges = 0;
+    int urlChanges = 0;
     std::vector<NavigationAction> actions;
     std::vector<NavigationResponse> responses;
     std::vector<std::shared_ptr<Download>> downloads;
@@ -42,6 +43,7 @@ public:
     void didFinishNavigation() override;
     void didFailNavigation() override { events.push_back("fail"); }
     void estimatedProgressDidChange() override { ++progressChanges; }
+    void urlDidChange() override { ++urlChanges; }
     NavigationActionPolicy decidePolicy(const NavigationAction& action) override {
         actions.push_back(action);
         return actionPolicy;

@@ -5,8 +5,8 @@
 #include "chrome/SlideRevealer.h"
 #include "chrome/ThemeCss.h"
 #include "support/BrowserFixture.h"
-#include "support/GtkScreenshot.h"
 #include "support/GtkWait.h"
+#include "support/ViewFixture.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
@@ -161,7 +161,7 @@ TEST_F(SlideRevealerTest, SpringsOpenThroughIntermediateWidthsAndClosesAtOnceWhe
     EXPECT_FALSE(gtk_widget_get_visible(panel_));
 }
 
-class BrowserRootViewTest : public test::BrowserFixture {
+class BrowserRootViewTest : public test::ViewFixture {
 protected:
     void SetUp() override { open(BrowserTheme::Midnight); }
     void TearDown() override { close(); }
@@ -256,9 +256,9 @@ TEST_F(BrowserRootViewTest, OpenPanelsShareTheCardWithThePage) {
         EXPECT_LT(gtk_widget_get_height(page), pageHeight)
             << "the find bar and the shelf take their rows from the page's height";
         test::runMainLoopFor(300ms);
-        EXPECT_FALSE(test::saveScreenshot(GTK_WIDGET(window_),
-                                          "root-view-panels-" + std::string(rawValue(theme)))
-                         .empty());
+        EXPECT_FALSE(
+            saveScreenshot(GTK_WIDGET(window_), "root-view-panels-" + std::string(rawValue(theme)))
+                .empty());
     }
 }
 

@@ -99,7 +99,7 @@ TEST_F(OpenURL, InternalPagesAreShownInTheSelectedTab) {
 
 TEST_F(OpenURL, AddressesLoadAndSearchesUseTheChosenEngine) {
     launch();
-    state->searchEngine.set(SearchEngine::DuckDuckGo);
+    state->setSearchEngine(SearchEngine::DuckDuckGo);
     const auto sessionWrites = store.entries("set ovel.session").size();
     state->openURL("example.com");
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://example.com");
@@ -117,9 +117,9 @@ TEST_F(OpenURL, AddressesLoadAndSearchesUseTheChosenEngine) {
 
 TEST_F(OpenURL, HomeShowsTheStartPageAndClearsTheAddress) {
     launch();
-    state->theme.set(BrowserTheme::Aurora);
+    state->setTheme(BrowserTheme::Aurora);
     showPage(0, "https://a.test/", "A");
-    state->selectedTab()->displayAddress.set("ovel://history");
+    state->openURL("ovel://history");
     state->openHome();
     EXPECT_FALSE(state->selectedTab()->displayAddress->has_value());
     EXPECT_EQ(state->addressText.get(), "");

@@ -142,11 +142,11 @@ TEST_F(BrowserStateStartup, UnreadableBlobsFallBackAndStayUntouched) {
 TEST_F(BrowserStatePersistence, SettingsAreWrittenOnEveryAssignment) {
     launch();
     store.log.clear();
-    state->theme.set(BrowserTheme::Ocean);
-    state->theme.set(BrowserTheme::Ocean);
-    state->searchEngine.set(SearchEngine::DuckDuckGo);
-    state->smoothAnimations.set(false);
-    state->adBlockEnabled.set(true);
+    state->setTheme(BrowserTheme::Ocean);
+    state->setTheme(BrowserTheme::Ocean);
+    state->setSearchEngine(SearchEngine::DuckDuckGo);
+    state->setSmoothAnimations(false);
+    state->setAdBlockEnabled(true);
     EXPECT_EQ(store.entries("set "),
               (std::vector<std::string>{"set ovel.theme", "set ovel.theme", "set ovel.searchEngine",
                                         "set ovel.smoothAnimations", "set ovel.adBlockEnabled"}));
@@ -169,7 +169,7 @@ TEST_F(BrowserStatePersistence, TheSessionRecordsURLsPinsAndAClampedIndex) {
 TEST_F(BrowserStatePersistence, ABackgroundPageUpdateRecordsHistoryButNotTheAddress) {
     launch();
     state->newTab();
-    state->addressText.set("typed");
+    state->setAddressText("typed");
     showPage(0, "https://background.test/", "Background");
     EXPECT_EQ(state->addressText.get(), "typed");
     ASSERT_EQ(state->historyEntries->size(), 1u);
@@ -184,22 +184,6 @@ TEST_F(BrowserStatePersistence, ABackgroundPageUpdateRecordsHistoryButNotTheAddr
     EXPECT_EQ(state->historyEntries->size(), 2u) << "only http and https pages enter history";
 }
 
-TEST_F(BrowserStatePersistence, TabChangesAreAnnouncedAsChangesOfTheState) {
-    launch();
-    int announcements = 0;
-    auto connection = state->changed.connect([&] { ++announcements; });
-    state->selectedTab()->isLoading.set(true);
-    EXPECT_EQ(announcements, 1);
-
-    // A tab that has left through a profile switch announces nothing any more.
-    auto leftBehind = state->selectedTab();
-    state->createProfile();
-    announcements = 0;
-    leftBehind->title.set("changed");
-    EXPECT_EQ(announcements, 0);
-    connection.disconnect();
-}
-
 TEST_F(BrowserStateProfileSwitch, SavesTheLeavingProfileInOrderBeforeReadingTheNewOne) {
     launch();
     const std::string first = profileID();
@@ -208,7 +192,7 @@ TEST_F(BrowserStateProfileSwitch, SavesTheLeavingProfileInOrderBeforeReadingTheN
     const std::string second = profileID();
     store.log.clear();
 
-    state->activeProfileID.set(first);
+    state->switchToProfile(first);
     const std::vector<std::string> expectedStart{
         "set ovel.activeProfileID.v1",
         "set ovel.bookmarks.v1." + second,
@@ -225,25 +209,6 @@ TEST_F(BrowserStateProfileSwitch, SavesTheLeavingProfileInOrderBeforeReadingTheN
               store.log.end());
     EXPECT_EQ(viewAt(0).loadRequests.at(0).url, "https://first.test/");
     EXPECT_EQ(state->historyEntries->size(), 1u);
-}
-
-TEST_F(BrowserStateProfileSwitch, AssignmentsWhileLoadingWriteNothing) {
-    launch();
-    state->createProfile();
-    store.log.clear();
-    // Collections assigned by an observer while the profile loads are not saved.
-    auto connection = state->tabs.changed().connect([this] {
-        if (state->isSwitchingProfileState()) {
-            state->bookmarks.set({Bookmark{"X", "Sneaky", "https://sneaky.test/"}});
-        }
-    });
-    state->activeProfileID.set(state->profiles->front().id);
-    connection.disconnect();
-    for (const std::string& entry : store.entries("set ")) {
-        EXPECT_EQ(entry.find("ovel.bookmarks.v1." + state->profiles->front().id), std::string::npos)
-            << entry;
-    }
-    EXPECT_EQ(store.entries("set ovel.bookmarks").size(), 1u) << "only the leaving profile's";
 }
 
 } // namespace

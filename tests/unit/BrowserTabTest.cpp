@@ -1,180 +1,114 @@
 #include "web/BrowserTab.h"
 #include "support/BrowserFixture.h"
-#include "support/FakeClock.h"
-#include "support/FakeDesktop.h"
-#include "support/FakeFaviconFetcher.h"
-#include "support/FakeWebEngine.h"
-#include "support/ManualMainQueue.h"
-#include "support/RecordingSettingsStore.h"
-#include "support/SequentialUuidSource.h"
-#include "web/BrowserTab.h"
-#include "web/StartPage.h"
 
 #include <gtest/gtest.h>
 
 namespace ovel::test {
 namespace {
 
-class BrowserTabTest : public ::testing::Test, protected FakeServices {
+// A tab as the state makes it, driven from the engine's side through its fake web view.
+class BrowserTabTest : public BrowserFixture {
 protected:
-    std::shared_ptr<BrowserTab> makeTab(bool startPage = false) {
-        return BrowserTab::create(services(), startPage);
-    }
+    void SetUp() override { launch(); }
+    BrowserTab& tab() { return *state->selectedTab(); }
+    FakeWebView& view() { return viewOf(tab()); }
 };
 
 using BrowserTabNavigation = BrowserTabTest;
 using BrowserTabFavicon = BrowserTabTest;
-using BrowserTabCallbacks = BrowserTabTest;
+using BrowserTabPolicies = BrowserTabTest;
 
-TEST_F(BrowserTabNavigation, ANewTabStartsBlankOrOnTheMidnightStartPage) {
-    auto tab = makeTab();
-    EXPECT_EQ(tab->title.get(), "New Tab");
-    EXPECT_FALSE(tab->favicon->has_value());
-    EXPECT_EQ(tab->loadingProgress.get(), 0.0);
-    EXPECT_FALSE(tab->isLoading.get());
-    EXPECT_TRUE(viewOf(*tab).htmlLoads.empty());
-    EXPECT_TRUE(isUuidText(tab->id()));
-
-    auto start = makeTab(true);
-    EXPECT_EQ(viewOf(*start).htmlLoads,
-              std::vector<std::string>{startPageHTML(BrowserTheme::Midnight)});
-    EXPECT_NE(start->id(), tab->id());
-}
-
-TEST_F(BrowserTabNavigation, FinishingAPageUpdatesFieldsInOrderThenReports) {
-    auto tab = makeTab();
-    std::vector<std::string> events;
-    auto connection = tab->changed.connect(
-        [&] { events.push_back(tab->isLoading.get() ? "loading" : "idle:" + tab->title.get()); });
-    tab->onPageUpdate = [&](WebView& view) {
-        events.push_back("update " + view.url().value_or("-") + " " + tab->title.get());
-    };
-    FakeWebView& view = viewOf(*tab);
-    view.backAvailable = true;
-    view.simulateNavigation("https://a.test/", "A");
-    EXPECT_EQ(events, (std::vector<std::string>{"loading", "loading", "loading", "loading",
-                                                "idle:A", "update https://a.test/ A"}));
-    EXPECT_TRUE(tab->canGoBack.get());
-    EXPECT_FALSE(tab->canGoForward.get());
-    connection.disconnect();
+TEST_F(BrowserTabNavigation, ANewTabIsBlankWithTheDefaultZoom) {
+    EXPECT_EQ(tab().title.get(), "New Tab");
+    EXPECT_FALSE(tab().favicon->has_value());
+    EXPECT_EQ(tab().loadingProgress.get(), 0.0);
+    EXPECT_FALSE(tab().isLoading.get());
+    EXPECT_EQ(view().zoom, 1.1);
+    EXPECT_TRUE(isUuidText(tab().id()));
 }
 
 TEST_F(BrowserTabNavigation, AMissingTitleIsUntitledButAnEmptyOneStaysEmpty) {
-    auto tab = makeTab();
-    viewOf(*tab).simulateNavigation("https://a.test/", std::nullopt);
-    EXPECT_EQ(tab->title.get(), "Untitled");
-    viewOf(*tab).simulateNavigation("https://b.test/", "");
-    EXPECT_EQ(tab->title.get(), "");
+    view().simulateNavigation("https://a.test/", std::nullopt);
+    EXPECT_EQ(tab().title.get(), "Untitled");
+    view().simulateNavigation("https://b.test/", "");
+    EXPECT_EQ(tab().title.get(), "");
 }
 
 TEST_F(BrowserTabNavigation, AFailedLoadOnlyClearsTheLoadingFlag) {
-    auto tab = makeTab();
-    FakeWebView& view = viewOf(*tab);
-    view.backAvailable = true;
-    view.simulateNavigation("https://a.test/", "A");
-    int pageUpdates = 0;
-    tab->onPageUpdate = [&](WebView&) { ++pageUpdates; };
-    view.backAvailable = false;
-    view.simulateFailure();
-    EXPECT_FALSE(tab->isLoading.get());
-    EXPECT_EQ(tab->title.get(), "A");
-    EXPECT_TRUE(tab->canGoBack.get());
-    EXPECT_EQ(pageUpdates, 0);
+    view().backAvailable = true;
+    view().simulateNavigation("https://a.test/", "A");
+    const auto visits = state->historyEntries->size();
+    view().backAvailable = false;
+    view().simulateFailure();
+    EXPECT_FALSE(tab().isLoading.get());
+    EXPECT_EQ(tab().title.get(), "A");
+    EXPECT_TRUE(tab().canGoBack.get());
+    EXPECT_EQ(state->historyEntries->size(), visits) << "no page update";
 }
 
-TEST_F(BrowserTabNavigation, LoadLeavesInternalPagesWithTheSixtySecondTimeout) {
-    auto tab = makeTab();
-    tab->displayAddress.set("ovel://settings");
-    tab->load(*Url::parse("https://a.test/"));
-    EXPECT_FALSE(tab->displayAddress->has_value());
-    ASSERT_EQ(viewOf(*tab).loadRequests.size(), 1u);
-    EXPECT_EQ(viewOf(*tab).loadRequests[0].timeout, std::chrono::seconds(60));
-
-    tab->displayAddress.set("ovel://newtab");
-    tab->loadStartPage(BrowserTheme::Ocean);
-    EXPECT_FALSE(tab->displayAddress->has_value());
+TEST_F(BrowserTabNavigation, LoadingLeavesInternalPagesWithTheSixtySecondTimeout) {
+    state->openURL("ovel://settings");
+    state->openURL("https://a.test/");
+    EXPECT_FALSE(tab().displayAddress->has_value());
+    ASSERT_EQ(view().loadRequests.size(), 1u);
+    EXPECT_EQ(view().loadRequests[0].timeout, std::chrono::seconds(60));
 }
 
 TEST_F(BrowserTabNavigation, ProgressIsReadWhenTheMainQueueRunsAndNeverAfterTheTabIsGone) {
-    auto tab = makeTab();
-    viewOf(*tab).simulateProgress(0.3);
-    viewOf(*tab).progress = 0.7;
-    EXPECT_EQ(tab->loadingProgress.get(), 0.0) << "nothing happens before the queue runs";
+    view().simulateProgress(0.3);
+    view().progress = 0.7;
+    EXPECT_EQ(tab().loadingProgress.get(), 0.0) << "nothing happens before the queue runs";
     mainQueue.drain();
-    EXPECT_EQ(tab->loadingProgress.get(), 0.7);
+    EXPECT_EQ(tab().loadingProgress.get(), 0.7);
 
-    viewOf(*tab).simulateProgress(0.9);
-    tab.reset();
-    EXPECT_EQ(engine.liveViewCount(), 0) << "the tab owns its web view";
+    state->newTab();
+    viewAt(0).simulateProgress(0.9);
+    state->closeTab(0);
+    EXPECT_EQ(engine.liveViewCount(), 1) << "the tab owns its web view";
     EXPECT_EQ(mainQueue.drain(), 1);
 }
 
 TEST_F(BrowserTabFavicon, AskedOverHttpsOnTheDefaultPortOfThePageHost) {
-    auto tab = makeTab();
-    viewOf(*tab).simulateNavigation("http://Shop.Example.test:8080/cart?x=1", "Shop");
+    view().simulateNavigation("http://Shop.Example.test:8080/cart?x=1", "Shop");
     ASSERT_EQ(favicons.requests.size(), 1u);
     EXPECT_EQ(favicons.requests[0].first, "https://Shop.Example.test/favicon.ico");
 
-    viewOf(*tab).simulateNavigation("about:blank", "");
-    viewOf(*tab).simulateNavigation("file:///tmp/a.html", "");
+    view().simulateNavigation("about:blank", "");
+    view().simulateNavigation("file:///tmp/a.html", "");
     EXPECT_EQ(favicons.requests.size(), 1u) << "pages without a host ask for nothing";
 }
 
 TEST_F(BrowserTabFavicon, AFailureKeepsThePreviousIcon) {
-    auto tab = makeTab();
     const FaviconImage icon{1, 1, {255, 0, 0, 255}};
-    viewOf(*tab).simulateNavigation("https://a.test/", "A");
+    view().simulateNavigation("https://a.test/", "A");
     favicons.answer(0, icon);
-    EXPECT_FALSE(tab->favicon->has_value()) << "applied on the main queue";
+    EXPECT_FALSE(tab().favicon->has_value()) << "applied on the main queue";
     mainQueue.drain();
-    EXPECT_EQ(tab->favicon.get(), icon);
+    EXPECT_EQ(tab().favicon.get(), icon);
 
-    viewOf(*tab).simulateNavigation("https://b.test/", "B");
+    view().simulateNavigation("https://b.test/", "B");
     favicons.answer(1, std::nullopt);
     mainQueue.drain();
-    EXPECT_EQ(tab->favicon.get(), icon);
+    EXPECT_EQ(tab().favicon.get(), icon);
 
-    viewOf(*tab).simulateNavigation("https://c.test/", "C");
-    tab.reset();
+    state->newTab();
+    viewAt(0).simulateNavigation("https://c.test/", "C");
+    state->closeTab(0);
     favicons.answer(2, icon);
     EXPECT_EQ(mainQueue.drain(), 1) << "an icon for a closed tab is dropped safely";
 }
 
-TEST_F(BrowserTabCallbacks, WithoutCallbacksMediaPromptsAndInternalLinksGoToTheEngine) {
-    auto tab = makeTab();
-    EXPECT_EQ(tab->decideMediaCapturePermission("a.test", MediaCaptureType::Camera),
-              PermissionDecision::Prompt);
-    EXPECT_EQ(tab->decidePolicy(NavigationAction{"ovel://settings", false}),
-              NavigationActionPolicy::Allow);
-    EXPECT_EQ(tab->decidePolicy(NavigationResponse{false}), NavigationResponsePolicy::Download);
-}
-
-TEST_F(BrowserTabCallbacks, InternalLinksAreOfferedAndMediaHostsLowerCased) {
-    auto tab = makeTab();
-    std::vector<std::string> offered;
-    std::vector<std::string> navigations;
-    tab->onInternalURLRequest = [&](const std::string& text) {
-        offered.push_back(text);
-        return text == "ovel://settings";
-    };
-    tab->onNavigationRequest = [&](const Url& url) { navigations.push_back(url.absoluteString()); };
-    EXPECT_EQ(tab->decidePolicy(NavigationAction{"ovel://settings", false}),
+TEST_F(BrowserTabPolicies, InternalLinksOpenInPlaceAndOtherActionsAreAllowedOrDownloaded) {
+    WebViewDelegate& delegate = view().delegate();
+    EXPECT_EQ(delegate.decidePolicy(NavigationAction{"ovel://settings", false}),
               NavigationActionPolicy::Cancel);
-    EXPECT_EQ(tab->decidePolicy(NavigationAction{"CHROME://nowhere", false}),
+    EXPECT_EQ(tab().displayAddress.get(), "ovel://settings");
+    EXPECT_EQ(delegate.decidePolicy(NavigationAction{"CHROME://nowhere", false}),
               NavigationActionPolicy::Allow);
-    EXPECT_EQ(tab->decidePolicy(NavigationAction{"https://a.test/f.zip", true}),
+    EXPECT_EQ(delegate.decidePolicy(NavigationAction{"https://a.test/f.zip", true}),
               NavigationActionPolicy::Download);
-    EXPECT_EQ(offered, (std::vector<std::string>{"ovel://settings", "CHROME://nowhere"}));
-    EXPECT_EQ(navigations.size(), 3u) << "every action with a URL is announced first";
-
-    std::string askedHost;
-    tab->onMediaPermissionRequest = [&](std::string_view host, MediaCaptureType) {
-        askedHost = host;
-        return PermissionDecision::Deny;
-    };
-    EXPECT_EQ(tab->decideMediaCapturePermission("Cam.Example.TEST", MediaCaptureType::Camera),
-              PermissionDecision::Deny);
-    EXPECT_EQ(askedHost, "cam.example.test");
+    EXPECT_EQ(delegate.decidePolicy(NavigationResponse{false}), NavigationResponsePolicy::Download);
+    EXPECT_EQ(delegate.decidePolicy(NavigationResponse{true}), NavigationResponsePolicy::Allow);
 }
 
 } // namespace

@@ -68,7 +68,7 @@ TEST_F(ContentPolicies, TheCompiledListFollowsTheSwitchAndReloadsOnlyTheSelected
     EXPECT_EQ(viewAt(2).attachedRuleLists.size(), 1u) << "new tabs get the list";
 
     const int reloadsBefore = viewAt(0).reloadCount;
-    state->adBlockEnabled.set(false);
+    state->setAdBlockEnabled(false);
     for (int i = 0; i < 3; ++i) {
         EXPECT_TRUE(viewAt(i).attachedRuleLists.empty());
     }
@@ -88,19 +88,17 @@ TEST_F(ContentPolicies, AFailedCompilationLeavesBlockingInactive) {
 TEST_F(ContentPolicies, TheCurrentHostRuleAndItsPlaceholder) {
     launch();
     EXPECT_EQ(state->currentHost(), "start.page");
-    state->sitePermissionRules.modify([](auto& rules) { rules["start.page"].camera = block; });
+    state->setCurrentSiteRule(SitePermissionRule{.camera = block});
     EXPECT_EQ(state->currentSiteRule().camera, block);
 
     showPage(0, "https://MAPS.Example.test/route", "Maps");
     EXPECT_EQ(state->currentHost(), "maps.example.test");
     EXPECT_EQ(state->currentSiteRule(), SitePermissionRule{});
-    state->sitePermissionRules.modify([](auto& rules) {
-        rules["maps.example.test"] = SitePermissionRule{ask, ask, block, block};
-    });
+    state->setCurrentSiteRule(SitePermissionRule{ask, ask, block, block});
     showPage(0, "https://maps.example.test/again", "Maps");
     EXPECT_EQ(viewAt(0).userScripts.size(), 1u);
-    EXPECT_EQ(state->selectedTab()->decideSitePermission("Maps.Example.Test",
-                                                         SitePermissionKind::Notifications),
+    EXPECT_EQ(viewAt(0).delegate().decideSitePermission("Maps.Example.Test",
+                                                        SitePermissionKind::Notifications),
               PermissionDecision::Deny);
 
     const int reloads = viewAt(0).reloadCount;
@@ -128,12 +126,12 @@ TEST_F(StartPages, AThemeChangeRegeneratesOnlyTabsShowingTheStartPage) {
     state->newTab();
     state->newTab();
     showPage(1, "https://web.test/", "Web");
-    state->selectedIndex.set(2);
+    state->selectTab(2);
     state->openURL("OVEL://NEWTAB");
     viewAt(2).currentUrl = "about:srcdoc"; // a URL under the page, yet it shows the start page
     const std::size_t before[] = {viewAt(0).htmlLoads.size(), viewAt(1).htmlLoads.size(),
                                   viewAt(2).htmlLoads.size()};
-    state->theme.set(BrowserTheme::Citrus);
+    state->setTheme(BrowserTheme::Citrus);
     EXPECT_EQ(viewAt(0).htmlLoads.size(), before[0] + 1) << "no URL: the start page";
     EXPECT_EQ(viewAt(1).htmlLoads.size(), before[1]) << "a web page is left alone";
     EXPECT_EQ(viewAt(2).htmlLoads.size(), before[2] + 1) << "addressed as ovel://newtab";
@@ -145,7 +143,7 @@ TEST_F(StartPages, AThemeChosenOnTheSettingsPageLeavesTheUserThere) {
     // Settings opened from a new tab: the start page underneath has no URL.
     state->openURL("ovel://settings");
     const std::size_t loads = viewAt(0).htmlLoads.size();
-    state->theme.set(BrowserTheme::Ocean);
+    state->setTheme(BrowserTheme::Ocean);
     EXPECT_EQ(viewAt(0).htmlLoads.size(), loads);
     EXPECT_EQ(state->selectedTab()->displayAddress.get(), "ovel://settings");
     EXPECT_EQ(state->selectedTab()->title.get(), "Settings");
@@ -153,7 +151,7 @@ TEST_F(StartPages, AThemeChosenOnTheSettingsPageLeavesTheUserThere) {
 
     // Back on the start page, the next theme change shows there.
     state->openHome();
-    state->theme.set(BrowserTheme::Citrus);
+    state->setTheme(BrowserTheme::Citrus);
     EXPECT_EQ(viewAt(0).htmlLoads.back(), startPageHTML(BrowserTheme::Citrus));
 }
 

@@ -141,8 +141,9 @@ TEST_F(DownloadsList, TheTabNamesTheFileAndReportsItsProgress) {
     showPage(0, "https://page.test/files", "Files");
     desktop.existingFiles = {"/home/user/Downloads/a.zip"};
     auto tab = state->selectedTab();
-    EXPECT_EQ(tab->decideDestination("a.zip"), "/home/user/Downloads/a-1.zip");
-    tab->downloadDidFail("Connection reset");
+    DownloadDelegate& download = *tab;
+    EXPECT_EQ(download.decideDestination("a.zip"), "/home/user/Downloads/a-1.zip");
+    download.downloadDidFail("Connection reset");
     mainQueue.drain();
     EXPECT_EQ(tab->lastDownloadMessage.get(), "Download failed: Connection reset");
     ASSERT_EQ(state->downloads->size(), 1u);
@@ -153,7 +154,8 @@ TEST_F(DownloadsList, TheTabNamesTheFileAndReportsItsProgress) {
     EXPECT_EQ(record.status, DownloadStatus::Failed);
 
     desktop.downloads.reset();
-    EXPECT_FALSE(tab->decideDestination("b.zip")) << "no Downloads folder abandons the download";
+    EXPECT_FALSE(download.decideDestination("b.zip"))
+        << "no Downloads folder abandons the download";
     mainQueue.drain();
     EXPECT_EQ(state->downloads->size(), 1u);
 }

@@ -53,7 +53,7 @@ TEST_F(History, ClearingOneProfileLeavesTheOthers) {
     state->clearHistory();
     EXPECT_TRUE(state->historyEntries->empty());
     EXPECT_EQ(store.data(key(BrowserState::historyKeyBase)), "[]");
-    state->activeProfileID.set(first);
+    state->switchToProfile(first);
     EXPECT_EQ(urlsOf(state->historyEntries.get()), std::vector<std::string>{"https://first.test/"});
 }
 
@@ -166,7 +166,7 @@ TEST_F(Profiles, RenamingTrimsAndRefusesBlanks) {
     state->renameActiveProfile("  Work \n");
     EXPECT_EQ(state->activeProfileName(), "Work");
     EXPECT_EQ(decodeProfiles(store.data(BrowserState::profilesKey).value())->front().name, "Work");
-    state->activeProfileID.set("NO-SUCH-PROFILE");
+    state->switchToProfile("NO-SUCH-PROFILE");
     EXPECT_EQ(state->activeProfileName(), "Profile");
 }
 
@@ -195,7 +195,7 @@ TEST_F(Profiles, DeletingRemovesItsKeysAndActivatesTheNeighbour) {
         EXPECT_EQ(storedKey.find(third), std::string::npos) << storedKey << " was written back";
     }
 
-    state->activeProfileID.set(first);
+    state->switchToProfile(first);
     state->deleteActiveProfile();
     EXPECT_EQ(profileID(), second) << "deleting the first activates the new first";
 }

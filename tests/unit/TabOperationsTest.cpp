@@ -57,7 +57,7 @@ TEST_F(TabOperations, ClosingAroundTheSelection) {
     EXPECT_EQ(strip(), "T1 [T2]") << "closing the selected last tab selects the new last";
 
     openTabs(3);
-    state->selectedIndex.set(1);
+    state->selectTab(1);
     state->closeTab(1);
     EXPECT_EQ(strip(), "T1 [T3]") << "the tab sliding into the place is selected";
 
@@ -103,7 +103,7 @@ TEST_F(TabOperations, ReopeningKeepsThePinAndAppendsAtTheEnd) {
     EXPECT_TRUE(state->tabs.get()[2]->isPinned.get());
     EXPECT_EQ(state->selectedIndex.get(), 2);
 
-    state->theme.set(BrowserTheme::Ocean);
+    state->setTheme(BrowserTheme::Ocean);
     state->newTab();
     state->closeTab(3);
     state->reopenLastClosedTab();
@@ -116,7 +116,7 @@ TEST_F(TabOperations, DuplicatesAreKeyedByAddressAndTitle) {
     showPage(1, url(1), "T1");    // same page as T1
     showPage(2, url(9), "T1");    // same title, other page
     showPage(3, url(1), "Other"); // same page, other title
-    state->selectedIndex.set(1);
+    state->selectTab(1);
     state->closeDuplicateTabs();
     EXPECT_EQ(strip(), "[T1] T1 Other");
     ASSERT_EQ(state->closedTabs().size(), 1u);
@@ -133,7 +133,7 @@ TEST_F(TabOperations, DuplicatesAreKeyedByAddressAndTitle) {
 
 TEST_F(TabOperations, DuplicatingCopiesOnlyTheAddressAndThePin) {
     openTabs(2);
-    state->selectedIndex.set(0);
+    state->selectTab(0);
     state->togglePinTab(0);
     state->duplicateSelectedTab();
     EXPECT_EQ(state->selectedIndex.get(), 2);
@@ -218,13 +218,13 @@ TEST_F(TabOperations, DragReordersAcrossSections) {
 
 TEST_F(TabOperations, NewTabsGetPoliciesAndCallbacksBeforeTheyAreShown) {
     launch();
-    state->sitePermissionRules.set(
-        {{"t2.test", SitePermissionRule{.location = PermissionSetting::Block}}});
+    showPage(0, url(2) + "rules", "T2 rules");
+    state->setCurrentSiteRule(SitePermissionRule{.location = PermissionSetting::Block});
     state->newTab();
     ASSERT_TRUE(state->selectedTab()->onPageUpdate);
     showPage(1, url(2), "T2");
     EXPECT_EQ(viewAt(1).userScripts.size(), 1u) << "the navigation re-applied the host's scripts";
-    EXPECT_EQ(state->historyEntries->size(), 1u);
+    EXPECT_EQ(state->historyEntries->size(), 2u);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "web/webkit/FaviconDecoder.h"
 
 #include "gutil/GObjectRef.h"
+#include "gutil/GSignalConnections.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
@@ -148,11 +149,12 @@ std::optional<FaviconImage> decodeAs(const char* type, Bytes data) {
         return std::nullopt;
     }
     SizeGuard guard;
-    g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(&onSizePrepared), &guard);
+    GSignalConnections signals;
+    signals.connect(loader.get(), "size-prepared", G_CALLBACK(&onSizePrepared), &guard);
     const bool written = gdk_pixbuf_loader_write(loader.get(), data.data(), data.size(), nullptr);
     // Closed in every case: a loader left open complains when it is finalised.
     const bool closed = gdk_pixbuf_loader_close(loader.get(), nullptr);
-    g_signal_handlers_disconnect_by_data(loader.get(), &guard);
+    signals.disconnectAll();
     GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
     if (!written || !closed || guard.refused || pixbuf == nullptr) {
         return std::nullopt;

@@ -103,8 +103,8 @@ GtkWidget* WebKitWebViewAdapter::widget() const {
     return GTK_WIDGET(view_.get());
 }
 
-GtkWidget* WebKitWebViewAdapter::widgetOf(WebView& view) {
-    auto* adapter = dynamic_cast<WebKitWebViewAdapter*>(&view);
+GtkWidget* WebKitWebViewAdapter::widgetOf(const WebView& view) {
+    const auto* adapter = dynamic_cast<const WebKitWebViewAdapter*>(&view);
     return adapter != nullptr ? adapter->widget() : nullptr;
 }
 
@@ -382,8 +382,10 @@ void WebKitWebViewAdapter::onUriChanged(WebKitWebView* view, GParamSpec*,
 }
 
 void WebKitWebViewAdapter::noteCommittedUri() {
-    if (auto uri = nonEmpty(webkit_web_view_get_uri(view_.get()))) {
+    auto uri = nonEmpty(webkit_web_view_get_uri(view_.get()));
+    if (uri && uri != committedUri_) {
         committedUri_ = std::move(uri);
+        delegate_.urlDidChange();
     }
 }
 

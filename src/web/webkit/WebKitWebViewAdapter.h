@@ -1,9 +1,9 @@
 #pragma once
 
-#include "web/WebView.h"
 #include "gutil/GLibTimer.h"
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
+#include "web/WebView.h"
 #include "web/webkit/LoadEventSequencer.h"
 #include "web/webkit/PermissionPrompter.h"
 
@@ -39,7 +39,7 @@ public:
     GtkWidget* widget() const;
     WebKitWebView* webKitView() const { return view_.get(); }
     // The widget to show for a tab's web view; null when the view is not one of these.
-    static GtkWidget* widgetOf(WebView& view);
+    static GtkWidget* widgetOf(const WebView& view);
 
     // The adapter showing `view`, if any.
     static WebKitWebViewAdapter* forWebKitView(WebKitWebView* view);

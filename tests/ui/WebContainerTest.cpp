@@ -1,0 +1,50 @@
+#include "chrome/WebContainer.h"
+#include "gutil/GObjectRef.h"
+#include "support/ViewFixture.h"
+
+#include <map>
+
+namespace ovel::test {
+namespace {
+
+// The page area on fake tabs, each with a label of its own for a page.
+class WebContainerTest : public ViewFixture {
+protected:
+    GtkWidget* pageOf(const BrowserTab& tab) {
+        auto& page = pages[tab.id()];
+        if (!page) {
+            page = GObjectRef<GtkWidget>::retain(gtk_label_new(tab.id().c_str()));
+        }
+        return page.get();
+    }
+
+    std::map<Uuid, GObjectRef<GtkWidget>> pages;
+};
+
+TEST_F(WebContainerTest, ShowsTheSelectedTabsOwnPageAndLeavesItAloneForOtherTabs) {
+    state->newTab();
+    state->newTab();
+    WebContainer container(*state, [this](const BrowserTab& tab) { return pageOf(tab); });
+    show(container.widget());
+    GtkWidget* third = pageOf(*state->selectedTab());
+    EXPECT_EQ(container.shownPage(), third);
+
+    // A page taken out and put back would be unparented on the way: watch for that.
+    int unparented = 0;
+    g_signal_connect_swapped(third, "notify::parent", G_CALLBACK(+[](int* count) { ++*count; }),
+                             &unparented);
+    state->closeTab(0);
+    state->moveTabLeft(1);
+    EXPECT_EQ(container.shownPage(), third);
+    EXPECT_EQ(unparented, 0) << "the page on show stays in place when other tabs change";
+
+    state->selectTab(1);
+    GtkWidget* second = pageOf(*state->selectedTab());
+    EXPECT_EQ(container.shownPage(), second);
+    state->selectTab(0);
+    EXPECT_EQ(container.shownPage(), third) << "the same widget again, not a new one";
+    g_signal_handlers_disconnect_by_data(third, &unparented);
+}
+
+} // namespace
+} // namespace ovel::test
