@@ -166,6 +166,10 @@ void SlideRevealer::reveal(bool shown, Motion motion) {
     }
     target_ = target;
     const double from = progress();
+    // A panel on its way in is part of the window at once, so it can take the keyboard.
+    if (shown && slideBox(widget_)->child != nullptr) {
+        gtk_widget_set_visible(slideBox(widget_)->child, TRUE);
+    }
     adw_animation_pause(spring_animation_);
     adw_animation_pause(instant_animation_);
     if (motion == Motion::Smooth) {
