@@ -52,7 +52,9 @@ void BookmarksPanel::showBookmarks() {
         if (button == nullptr) {
             button = gtk_button_new();
             GtkWidget* label = gtk_label_new(nullptr);
+            // Long titles are cut short: the sidebar keeps its width whatever they say.
             gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
+            gtk_label_set_max_width_chars(GTK_LABEL(label), 1);
             gtk_label_set_single_line_mode(GTK_LABEL(label), TRUE);
             gtk_label_set_xalign(GTK_LABEL(label), 0);
             gtk_button_set_child(GTK_BUTTON(button), label);

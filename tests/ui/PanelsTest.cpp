@@ -181,5 +181,25 @@ TEST_F(PanelsTest, TheShelfShowsEightItemsWithTheirControlsAndClearLeavesTransfe
     EXPECT_TRUE(view_->downloadShelf().revealed());
 }
 
+TEST_F(PanelsTest, ASidebarBookmarkLoadsIntoTheSelectedTabOnly) {
+    showPage(0, "https://a.test/first", "First page");
+    state->addBookmark();
+    showPage(0, "https://b.test/second", "A second page with a rather long title to cut short");
+    state->addBookmark();
+    state->newTab();
+    ASSERT_EQ(state->bookmarks->size(), 2u);
+    state->setShowSidebar(true);
+    ASSERT_TRUE(waitUntil([&] { return view_->sidebar().progress() == 1.0; }, 5s));
+    EXPECT_EQ(gtk_widget_get_width(view_->sidebar().widget()), 220) << "long titles are cut";
+    saveScreenshot(GTK_WIDGET(window_), "sidebar-bookmarks");
+
+    const std::size_t loadsBefore = viewAt(1).loadRequests.size();
+    EXPECT_TRUE(press("First page"));
+    ASSERT_EQ(viewAt(1).loadRequests.size(), loadsBefore + 1);
+    EXPECT_EQ(viewAt(1).loadRequests.back().url, "https://a.test/first");
+    EXPECT_EQ(state->tabs->size(), 2u) << "no new tab";
+    EXPECT_EQ(state->selectedIndex.get(), 1) << "no change of selection";
+}
+
 } // namespace
 } // namespace ovel
