@@ -47,6 +47,8 @@ public:
     bool isTicking() const { return tickId_ != 0; }
     // How far the orbs are between resting (0) and spread out (1).
     double spread() const { return spread_; }
+    // Whether a theme change is still fading in.
+    bool isChangingTheme() const { return previousTheme_.has_value(); }
     // How many frames the layer has drawn; for tests and benchmarks.
     std::uint64_t framesDrawn() const { return framesDrawn_; }
 

@@ -3,7 +3,6 @@
 #include "chrome/IconNames.h"
 #include "gutil/AccessibleLabel.h"
 #include "state/BrowserState.h"
-#include "web/SelectionAddress.h"
 
 #include <string>
 
@@ -114,7 +113,6 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     connections_.add(
         state_.addressText.changed().connect([showAddress](const std::string&) { showAddress(); }));
     showAddress();
-    connections_.add(state_.selectionChanged.connect([this](const auto&) { followSelection(); }));
 
     // The panels come and go with their flags: on springs, or at once without smooth
     // animations. They start as the state has them, without animating.
@@ -175,12 +173,6 @@ void BrowserRootView::setPrimaryMenu(GMenuModel* menu) {
 SlideRevealer::Motion BrowserRootView::motion() const {
     return state_.smoothAnimations.get() ? SlideRevealer::Motion::Smooth
                                          : SlideRevealer::Motion::Instant;
-}
-
-void BrowserRootView::followSelection() {
-    if (const auto tab = state_.selectedTab()) {
-        state_.setAddressText(addressTextOnSelection(*tab));
-    }
 }
 
 void BrowserRootView::applyTheme() {

@@ -51,8 +51,6 @@ public:
 private:
     void applyTheme();
     SlideRevealer::Motion motion() const;
-    // The address field follows the selected tab: its internal address, else its page's.
-    void followSelection();
     static void onThemeChangeDone(BrowserRootView* view);
 
     BrowserState& state_;

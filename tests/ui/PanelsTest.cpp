@@ -201,5 +201,32 @@ TEST_F(PanelsTest, ASidebarBookmarkLoadsIntoTheSelectedTabOnly) {
     EXPECT_EQ(state->selectedIndex.get(), 1) << "no change of selection";
 }
 
+TEST_F(PanelsTest, TheBackgroundFadesToANewThemeAtOnceWithoutSmoothAnimations) {
+    GdkFrameClock* clock = gtk_widget_get_frame_clock(view_->widget());
+    auto framesToChange = [&](BrowserTheme theme) {
+        const std::int64_t start = gdk_frame_clock_get_frame_counter(clock);
+        state->setTheme(theme);
+        EXPECT_TRUE(view_->orbs().isChangingTheme());
+        EXPECT_TRUE(waitUntil([&] { return !view_->orbs().isChangingTheme(); }, 5s));
+        return gdk_frame_clock_get_frame_counter(clock) - start;
+    };
+    state->setSmoothAnimations(true);
+    EXPECT_GE(framesToChange(BrowserTheme::Ocean), 8) << "on the theme spring";
+    state->setSmoothAnimations(false);
+    EXPECT_LE(framesToChange(BrowserTheme::Citrus), 3) << "at once";
+    EXPECT_TRUE(view_->orbs().isTicking()) << "the orbs keep breathing all the same";
+}
+
+TEST_F(PanelsTest, TheAddressFieldFollowsTheSelectedTab) {
+    showPage(0, "https://a.test/page", "A");
+    state->openURL("ovel://settings");
+    state->newTab();
+    GtkEditable* field = GTK_EDITABLE(view_->addressEntry());
+    EXPECT_STREQ(gtk_editable_get_text(field), "") << "a new tab has no address";
+    state->selectTab(0);
+    EXPECT_STREQ(gtk_editable_get_text(field), "ovel://settings")
+        << "the internal page's address, not the page under it";
+}
+
 } // namespace
 } // namespace ovel
