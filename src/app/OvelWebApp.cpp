@@ -1,6 +1,7 @@
 #include "app/OvelWebApp.h"
 
 #include "app/AppPaths.h"
+#include "chrome/BrowserCommands.h"
 #include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
 #include "app/GlibUuidSource.h"
@@ -67,6 +68,7 @@ struct OvelWebApp::Parts {
     SoupFaviconFetcher favicons;
     GioDesktop desktop;
     std::shared_ptr<BrowserState> state;
+    std::unique_ptr<BrowserCommands> commands;
     std::unique_ptr<BrowserWindow> window;
     GSignalConnections windowSignals;
     std::unique_ptr<StartupProbe> startupProbe;
@@ -125,6 +127,7 @@ void OvelWebApp::startup() {
     parts_->state = BrowserState::create(
         BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue, parts_->clock,
                         parts_->uuids, parts_->favicons, parts_->desktop});
+    parts_->commands = std::make_unique<BrowserCommands>(application_.get(), *parts_->state);
 }
 
 void OvelWebApp::activate() {
@@ -134,7 +137,8 @@ void OvelWebApp::activate() {
     }
     parts_->window = std::make_unique<BrowserWindow>(
         application_.get(), *parts_->state,
-        [](const BrowserTab& tab) { return WebKitWebViewAdapter::widgetOf(tab.webView()); });
+        [](const BrowserTab& tab) { return WebKitWebViewAdapter::widgetOf(tab.webView()); },
+        parts_->commands->menu());
     Parts* parts = parts_.get();
     parts_->windowSignals.connect(parts_->window->window(), "destroy",
                                   [parts](GtkWidget*) { parts->window.reset(); });
@@ -148,6 +152,7 @@ void OvelWebApp::shutdown() {
     if (parts_) {
         parts_->startupProbe.reset();
         parts_->window.reset();
+        parts_->commands.reset();
         parts_->state.reset();
     }
 }

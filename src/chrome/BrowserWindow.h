@@ -1,10 +1,8 @@
 #pragma once
 
+#include "chrome/BrowserRootView.h"
 #include "chrome/WebContainer.h"
-
 #include "gutil/GObjectRef.h"
-#include "gutil/GSignalConnections.h"
-#include "web/Connections.h"
 
 #include <gtk/gtk.h>
 
@@ -14,27 +12,26 @@ namespace ovel {
 
 class BrowserState;
 
-// The one browser window: an address entry over the page area.
+// The one browser window. It has no title bar of its own: its content, BrowserRootView,
+// reaches the top edge, and the tab strip row drags the window and holds its controls.
 class BrowserWindow {
 public:
     BrowserWindow(GtkApplication* application, BrowserState& state,
-                  WebContainer::WidgetResolver resolver);
+                  WebContainer::WidgetResolver resolver, GMenuModel* primaryMenu);
     ~BrowserWindow();
 
     BrowserWindow(const BrowserWindow&) = delete;
     BrowserWindow& operator=(const BrowserWindow&) = delete;
 
     GtkWindow* window() const { return window_.get(); }
-    GtkEntry* addressEntry() const { return addressEntry_.get(); }
-    const WebContainer& webContainer() const { return *webContainer_; }
+    BrowserRootView& rootView() { return *rootView_; }
+    GtkEntry* addressEntry() const { return rootView_->addressEntry(); }
+    const WebContainer& webContainer() const { return rootView_->webContainer(); }
 
 private:
-    BrowserState& state_;
+    // Held so this object stays safe to destroy after GTK has destroyed the window.
     GObjectRef<GtkWindow> window_;
-    GObjectRef<GtkEntry> addressEntry_;
-    std::unique_ptr<WebContainer> webContainer_;
-    Connections connections_;
-    GSignalConnections signals_;
+    std::unique_ptr<BrowserRootView> rootView_;
 };
 
 } // namespace ovel

@@ -3,11 +3,25 @@
 #include "state/BrowserState.h"
 #include "web/BrowserTab.h"
 
+#include <utility>
+
 namespace ovel {
+
+namespace {
+
+// The fade between two tabs' pages: about as long as the spring it stands for (response 0.3 s).
+constexpr guint crossFadeMilliseconds = 300;
+
+} // namespace
 
 WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver)
     : state_(state), resolver_(std::move(resolver)),
-      root_(GObjectRef<GtkWidget>::retain(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0))) {
+      root_(GObjectRef<GtkWidget>::retain(gtk_stack_new())) {
+    // Another tab's page fades in over the last one. The stack keeps a picture of the page it
+    // leaves, so the page widget itself is taken out at once.
+    gtk_stack_set_transition_type(GTK_STACK(widget()), GTK_STACK_TRANSITION_TYPE_CROSSFADE);
+    gtk_stack_set_transition_duration(GTK_STACK(widget()), crossFadeMilliseconds);
+    gtk_stack_set_interpolate_size(GTK_STACK(widget()), FALSE);
     gtk_widget_add_css_class(widget(), "web-container");
     gtk_widget_set_hexpand(widget(), TRUE);
     gtk_widget_set_vexpand(widget(), TRUE);
@@ -36,15 +50,16 @@ void WebContainer::show(GtkWidget* page) {
     if (page == shown_.get()) {
         return;
     }
-    if (shown_) {
-        // Our own reference keeps a closed tab's view valid until it is taken out here.
-        gtk_box_remove(GTK_BOX(widget()), shown_.get());
-    }
-    shown_ = GObjectRef<GtkWidget>::retain(page);
+    // Our own reference keeps a closed tab's view valid until it is taken out here.
+    GObjectRef<GtkWidget> leaving = std::exchange(shown_, GObjectRef<GtkWidget>::retain(page));
     if (shown_) {
         gtk_widget_set_hexpand(page, TRUE);
         gtk_widget_set_vexpand(page, TRUE);
-        gtk_box_append(GTK_BOX(widget()), page);
+        gtk_stack_add_child(GTK_STACK(widget()), page);
+        gtk_stack_set_visible_child(GTK_STACK(widget()), page);
+    }
+    if (leaving) {
+        gtk_stack_remove(GTK_STACK(widget()), leaving.get());
     }
 }
 

@@ -29,6 +29,8 @@ ProcessBrowser::ProcessBrowser() {
         display_ = display;
     }
     bus_ = g_test_dbus_new(G_TEST_DBUS_NONE);
+    // The accessibility bus is started on demand through the session bus.
+    g_test_dbus_add_service_dir(bus_, "/usr/share/dbus-1/services");
     g_test_dbus_up(bus_);
 }
 
@@ -63,6 +65,10 @@ std::vector<std::string> ProcessBrowser::environment() const {
     setVariable("XDG_DATA_HOME", root_ + "/data");
     setVariable("XDG_CACHE_HOME", root_ + "/cache");
     setVariable("DBUS_SESSION_BUS_ADDRESS", g_test_dbus_get_bus_address(bus_));
+    // Driven from outside through its accessibility tree, as a screen reader would.
+    for (const std::string name : {"NO_AT_BRIDGE", "GTK_A11Y"}) {
+        std::erase_if(environment, [&](const std::string& e) { return e.starts_with(name + "="); });
+    }
     return environment;
 }
 
@@ -116,6 +122,10 @@ bool ProcessBrowser::launch() {
         },
         this);
     return true;
+}
+
+std::string ProcessBrowser::busAddress() const {
+    return g_test_dbus_get_bus_address(bus_);
 }
 
 std::optional<int> ProcessBrowser::quit(std::chrono::milliseconds limit) {

@@ -24,6 +24,9 @@ public:
     const std::string& home() const { return home_; }
     std::string settingsFile() const { return configHome_ + "/ovel-web/settings.sqlite3"; }
     std::string configHome() const { return configHome_; }
+    // The browser's private session bus and the display it shows on.
+    std::string busAddress() const;
+    const std::string& display() const { return display_; }
 
     // Starts build/ovel-web; false when it could not be spawned.
     bool launch();

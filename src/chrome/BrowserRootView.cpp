@@ -1,0 +1,196 @@
+#include "chrome/BrowserRootView.h"
+
+#include "chrome/IconNames.h"
+#include "gutil/AccessibleLabel.h"
+#include "state/BrowserState.h"
+
+#include <string>
+
+namespace ovel {
+
+namespace {
+
+constexpr double pageCornerRadius = 22;
+
+GtkWidget* box(GtkOrientation orientation, const char* cssClass) {
+    GtkWidget* widget = gtk_box_new(orientation, 0);
+    gtk_widget_add_css_class(widget, cssClass);
+    return widget;
+}
+
+} // namespace
+
+BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolver resolver)
+    : state_(state), style_(gdk_display_get_default()),
+      sidebar_(SlideRevealer::Edge::Leading, Spring{0.45, 0.86}),
+      findBar_(SlideRevealer::Edge::Top, Spring{0.35, 0.86}),
+      // The shelf has no animation of its own in the design; it moves like the find bar.
+      downloadShelf_(SlideRevealer::Edge::Bottom, Spring{0.35, 0.86}),
+      webContainer_(std::make_unique<WebContainer>(state, std::move(resolver))),
+      sidebarView_(state), findBarView_(state), downloadShelfView_(state),
+      root_(GTK_WIDGET(g_object_ref_sink(gtk_overlay_new()))),
+      tabStripSlot_(box(GTK_ORIENTATION_HORIZONTAL, "tab-strip")),
+      toolbarSlot_(box(GTK_ORIENTATION_HORIZONTAL, "toolbar")),
+      addressEntry_(GTK_ENTRY(g_object_ref_sink(gtk_entry_new()))) {
+    gtk_widget_add_css_class(root_, "browser-root");
+    gtk_overlay_set_child(GTK_OVERLAY(root_), orbs_.widget());
+
+    // The sidebar, sliding in from the leading edge.
+    sidebar_.setChild(sidebarView_.widget());
+
+    // The tab strip row: the window's drag handle, with the window controls at its end.
+    GtkWidget* tabStripRow = box(GTK_ORIENTATION_HORIZONTAL, "tab-strip-row");
+    gtk_widget_set_hexpand(tabStripSlot_, TRUE);
+    gtk_box_append(GTK_BOX(tabStripRow), tabStripSlot_);
+    primaryMenuButton_ = GTK_MENU_BUTTON(gtk_menu_button_new());
+    gtk_menu_button_set_icon_name(primaryMenuButton_, "open-menu-symbolic");
+    gtk_menu_button_set_primary(primaryMenuButton_, TRUE);
+    gtk_widget_set_tooltip_text(GTK_WIDGET(primaryMenuButton_), "Main Menu");
+    setAccessibleLabel(GTK_WIDGET(primaryMenuButton_), "Main Menu");
+    gtk_widget_add_css_class(GTK_WIDGET(primaryMenuButton_), "primary-menu");
+    gtk_widget_set_valign(GTK_WIDGET(primaryMenuButton_), GTK_ALIGN_CENTER);
+    gtk_box_append(GTK_BOX(tabStripRow), GTK_WIDGET(primaryMenuButton_));
+    gtk_box_append(GTK_BOX(tabStripRow), gtk_window_controls_new(GTK_PACK_END));
+    GtkWidget* dragHandle = gtk_window_handle_new();
+    gtk_window_handle_set_child(GTK_WINDOW_HANDLE(dragHandle), tabStripRow);
+
+    // The toolbar row, holding the address field.
+    GtkWidget* toolbarRow = box(GTK_ORIENTATION_HORIZONTAL, "toolbar-row");
+    gtk_widget_set_hexpand(toolbarSlot_, TRUE);
+    gtk_widget_add_css_class(GTK_WIDGET(addressEntry_), "address-entry");
+    gtk_widget_set_hexpand(GTK_WIDGET(addressEntry_), TRUE);
+    gtk_widget_set_valign(GTK_WIDGET(addressEntry_), GTK_ALIGN_CENTER);
+    gtk_entry_set_placeholder_text(addressEntry_, "Search or enter address");
+    setAccessibleLabel(GTK_WIDGET(addressEntry_), "Address");
+    // Until the toolbar has its own view, the sidebar's button leads the row.
+    GtkWidget* sidebarButton =
+        gtk_button_new_from_icon_name(std::string(iconName("sidebar.left")).c_str());
+    gtk_widget_add_css_class(sidebarButton, "toolbar-button");
+    gtk_widget_set_valign(sidebarButton, GTK_ALIGN_CENTER);
+    gtk_widget_set_tooltip_text(sidebarButton, "Toggle Sidebar");
+    setAccessibleLabel(sidebarButton, "Toggle Sidebar");
+    signals_.connect(sidebarButton, "clicked", [this](GtkButton*) { state_.toggleSidebar(); });
+    gtk_box_append(GTK_BOX(toolbarSlot_), sidebarButton);
+    gtk_box_append(GTK_BOX(toolbarSlot_), GTK_WIDGET(addressEntry_));
+    gtk_box_append(GTK_BOX(toolbarRow), toolbarSlot_);
+
+    findBar_.setChild(findBarView_.widget());
+
+    // The page, inset in its outlined frame.
+    GtkWidget* pageFrame = box(GTK_ORIENTATION_VERTICAL, "page-frame");
+    gtk_widget_set_vexpand(pageFrame, TRUE);
+    gtk_widget_set_hexpand(pageFrame, TRUE);
+    gtk_box_append(GTK_BOX(pageFrame), webContainer_->widget());
+
+    downloadShelf_.setChild(downloadShelfView_.widget());
+
+    GtkWidget* column = box(GTK_ORIENTATION_VERTICAL, "chrome-column");
+    gtk_widget_set_hexpand(column, TRUE);
+    gtk_box_append(GTK_BOX(column), dragHandle);
+    gtk_box_append(GTK_BOX(column), toolbarRow);
+    gtk_box_append(GTK_BOX(column), findBar_.widget());
+    gtk_box_append(GTK_BOX(column), pageFrame);
+    gtk_box_append(GTK_BOX(column), downloadShelf_.widget());
+
+    GtkWidget* card = box(GTK_ORIENTATION_HORIZONTAL, "chrome-card");
+    gtk_widget_set_overflow(card, GTK_OVERFLOW_HIDDEN);
+    gtk_box_append(GTK_BOX(card), sidebar_.widget());
+    gtk_box_append(GTK_BOX(card), column);
+    gtk_overlay_add_overlay(GTK_OVERLAY(root_), card);
+    gtk_overlay_set_measure_overlay(GTK_OVERLAY(root_), card, TRUE);
+
+    // The orbs are not drawn where the opaque page hides them.
+    orbs_.setCoveringWidget(webContainer_->widget(), pageCornerRadius);
+
+    g_signal_connect(addressEntry_, "activate", G_CALLBACK(+[](GtkEntry* entry, gpointer self) {
+                         auto* view = static_cast<BrowserRootView*>(self);
+                         view->state_.openURL(gtk_editable_get_text(GTK_EDITABLE(entry)));
+                     }),
+                     this);
+    auto showAddress = [this] {
+        gtk_editable_set_text(GTK_EDITABLE(addressEntry_), state_.addressText.get().c_str());
+    };
+    connections_.add(
+        state_.addressText.changed().connect([showAddress](const std::string&) { showAddress(); }));
+    showAddress();
+
+    // The panels come and go with their flags: on springs, or at once without smooth
+    // animations. They start as the state has them, without animating.
+    connections_.add(state_.showSidebar.changed().connect(
+        [this](bool shown) { sidebar_.reveal(shown, motion()); }));
+    connections_.add(state_.showFindBar.changed().connect([this](bool shown) {
+        findBar_.reveal(shown, motion());
+        if (shown) {
+            gtk_widget_grab_focus(GTK_WIDGET(findBarView_.field()));
+        }
+    }));
+    connections_.add(state_.downloads.changed().connect(
+        [this](const auto& downloads) { downloadShelf_.reveal(!downloads.empty(), motion()); }));
+    sidebar_.reveal(state_.showSidebar.get(), SlideRevealer::Motion::Instant);
+    findBar_.reveal(state_.showFindBar.get(), SlideRevealer::Motion::Instant);
+    downloadShelf_.reveal(!state_.downloads->empty(), SlideRevealer::Motion::Instant);
+
+    auto* onBlend = +[](double value, gpointer orbs) {
+        static_cast<AnimatedOrbs*>(orbs)->setThemeBlend(value);
+    };
+    themeSpring_ =
+        adw_spring_animation_new(root_, 0, 1, springParams(Spring{0.42, 0.86}),
+                                 adw_callback_animation_target_new(onBlend, &orbs_, nullptr));
+    themeInstant_ = adw_timed_animation_new(
+        root_, 0, 1, 10, adw_callback_animation_target_new(onBlend, &orbs_, nullptr));
+    adw_timed_animation_set_easing(ADW_TIMED_ANIMATION(themeInstant_), ADW_LINEAR);
+    for (AdwAnimation* animation : {themeSpring_, themeInstant_}) {
+        g_signal_connect_swapped(animation, "done", G_CALLBACK(onThemeChangeDone), this);
+    }
+    shownTheme_ = state_.theme.get();
+    style_.applyTheme(shownTheme_);
+    orbs_.setTheme(shownTheme_);
+    connections_.add(state_.theme.changed().connect([this](BrowserTheme) { applyTheme(); }));
+
+    // The orbs breathe from the moment the window is first shown, for its whole life.
+    orbs_.setBreathe(true);
+}
+
+BrowserRootView::~BrowserRootView() {
+    connections_.disconnectAll();
+    signals_.disconnectAll();
+    g_signal_handlers_disconnect_by_data(addressEntry_, this);
+    for (AdwAnimation* animation : {themeSpring_, themeInstant_}) {
+        g_signal_handlers_disconnect_by_data(animation, this);
+        adw_animation_reset(animation);
+        g_object_unref(animation);
+    }
+    orbs_.setCoveringWidget(nullptr, 0);
+    webContainer_.reset();
+    g_object_unref(addressEntry_);
+    g_object_unref(root_);
+}
+
+void BrowserRootView::setPrimaryMenu(GMenuModel* menu) {
+    gtk_menu_button_set_menu_model(primaryMenuButton_, menu);
+}
+
+SlideRevealer::Motion BrowserRootView::motion() const {
+    return state_.smoothAnimations.get() ? SlideRevealer::Motion::Smooth
+                                         : SlideRevealer::Motion::Instant;
+}
+
+void BrowserRootView::applyTheme() {
+    const BrowserTheme theme = state_.theme.get();
+    if (theme == shownTheme_) {
+        return;
+    }
+    shownTheme_ = theme;
+    style_.applyTheme(theme);
+    // The background fades from the old theme to the new one.
+    orbs_.beginThemeChange(theme);
+    adw_animation_reset(themeSpring_);
+    adw_animation_reset(themeInstant_);
+    adw_animation_play(state_.smoothAnimations.get() ? themeSpring_ : themeInstant_);
+}
+
+void BrowserRootView::onThemeChangeDone(BrowserRootView* view) {
+    view->orbs_.endThemeChange();
+}
+
+} // namespace ovel

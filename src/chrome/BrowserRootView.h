@@ -1,0 +1,80 @@
+#pragma once
+
+#include "chrome/AnimatedOrbs.h"
+#include "chrome/ChromeStyle.h"
+#include "chrome/DownloadShelf.h"
+#include "chrome/FindBar.h"
+#include "chrome/SidebarView.h"
+#include "chrome/SlideRevealer.h"
+#include "chrome/WebContainer.h"
+#include "gutil/GSignalConnections.h"
+#include "web/Connections.h"
+
+#include <gtk/gtk.h>
+
+#include <memory>
+
+namespace ovel {
+
+class BrowserState;
+
+// The whole content of the browser window: the theme's gradient with the breathing orbs, and
+// over it one rounded glass card holding, beside the sliding sidebar, the tab strip row (the
+// window's drag handle, with the window controls at its end), the toolbar row with the address
+// field, the find bar, the page and the download shelf.
+class BrowserRootView {
+public:
+    BrowserRootView(BrowserState& state, WebContainer::WidgetResolver resolver);
+    ~BrowserRootView();
+
+    BrowserRootView(const BrowserRootView&) = delete;
+    BrowserRootView& operator=(const BrowserRootView&) = delete;
+
+    GtkWidget* widget() const { return root_; }
+    GtkEntry* addressEntry() const { return addressEntry_; }
+    const WebContainer& webContainer() const { return *webContainer_; }
+    AnimatedOrbs& orbs() { return orbs_; }
+
+    SlideRevealer& sidebar() { return sidebar_; }
+    SlideRevealer& findBar() { return findBar_; }
+    SlideRevealer& downloadShelf() { return downloadShelf_; }
+    FindBar& findBarView() { return findBarView_; }
+
+    // The menu button at the end of the tab strip row, before the window controls.
+    void setPrimaryMenu(GMenuModel* menu);
+    GtkMenuButton* primaryMenuButton() const { return primaryMenuButton_; }
+
+    // The rows that the tab strip and the toolbar fill.
+    GtkWidget* tabStripSlot() const { return tabStripSlot_; }
+    GtkWidget* toolbarSlot() const { return toolbarSlot_; }
+
+private:
+    void applyTheme();
+    SlideRevealer::Motion motion() const;
+    static void onThemeChangeDone(BrowserRootView* view);
+
+    BrowserState& state_;
+    ChromeStyle style_;
+    AnimatedOrbs orbs_;
+    SlideRevealer sidebar_;
+    SlideRevealer findBar_;
+    SlideRevealer downloadShelf_;
+    std::unique_ptr<WebContainer> webContainer_;
+    SidebarView sidebarView_;
+    FindBar findBarView_;
+    DownloadShelf downloadShelfView_;
+    GtkWidget* root_;
+    GtkWidget* tabStripSlot_;
+    GtkWidget* toolbarSlot_;
+    GtkEntry* addressEntry_;
+    GtkMenuButton* primaryMenuButton_;
+    Connections connections_;
+    GSignalConnections signals_;
+    // The background's move from one theme to the next: a spring, or 0.01 s without smooth
+    // animations.
+    AdwAnimation* themeSpring_ = nullptr;
+    AdwAnimation* themeInstant_ = nullptr;
+    BrowserTheme shownTheme_;
+};
+
+} // namespace ovel

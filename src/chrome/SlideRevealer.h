@@ -1,0 +1,51 @@
+#pragma once
+
+#include <adwaita.h>
+#include <gtk/gtk.h>
+
+namespace ovel {
+
+// How a panel moves when its show/hide animates: a spring given as the design gives it, by
+// response (seconds) and damping fraction.
+struct Spring {
+    double response;
+    double dampingFraction;
+};
+
+// libadwaita's spring from a response and a damping fraction: unit mass, stiffness (2π/response)².
+AdwSpringParams* springParams(Spring spring);
+
+// A panel that enters and leaves by sliding in from one edge of its place while fading in.
+// Its size along that edge's axis grows with the panel, so its neighbours make room smoothly.
+// The show/hide runs on a spring, or in 0.01 s when smooth animations are off.
+class SlideRevealer {
+public:
+    enum class Edge { Leading, Top, Bottom };
+
+    SlideRevealer(Edge edge, Spring spring);
+    ~SlideRevealer();
+
+    SlideRevealer(const SlideRevealer&) = delete;
+    SlideRevealer& operator=(const SlideRevealer&) = delete;
+
+    GtkWidget* widget() const { return widget_; }
+    void setChild(GtkWidget* child);
+
+    enum class Motion { Smooth, Instant };
+    void reveal(bool shown, Motion motion);
+    bool revealed() const { return target_ > 0.5; }
+    // 0 hidden, 1 shown (a spring may pass 1 for a moment).
+    double progress() const;
+
+private:
+    void setProgress(double progress);
+
+    Edge edge_;
+    Spring spring_;
+    GtkWidget* widget_;
+    double target_ = 0;
+    AdwAnimation* spring_animation_ = nullptr;
+    AdwAnimation* instant_animation_ = nullptr;
+};
+
+} // namespace ovel

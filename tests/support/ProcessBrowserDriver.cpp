@@ -1,0 +1,98 @@
+#include "support/ProcessBrowserDriver.h"
+
+#include <gio/gio.h>
+
+#include <cstdio>
+#include <vector>
+
+namespace ovel::test {
+
+std::optional<std::string> ProcessBrowserDriver::run(const std::vector<std::string>& argv) const {
+    std::vector<char*> args;
+    for (const std::string& arg : argv) {
+        args.push_back(const_cast<char*>(arg.c_str()));
+    }
+    args.push_back(nullptr);
+    char** environment = g_get_environ();
+    environment = g_environ_setenv(environment, "DBUS_SESSION_BUS_ADDRESS",
+                                   browser_.busAddress().c_str(), TRUE);
+    if (!browser_.display().empty()) {
+        environment = g_environ_setenv(environment, "DISPLAY", browser_.display().c_str(), TRUE);
+    }
+    char* output = nullptr;
+    int status = -1;
+    const gboolean ran = g_spawn_sync(nullptr, args.data(), environment, G_SPAWN_SEARCH_PATH,
+                                      nullptr, nullptr, &output, nullptr, &status, nullptr);
+    g_strfreev(environment);
+    std::optional<std::string> result;
+    if (ran && g_spawn_check_wait_status(status, nullptr)) {
+        result = output != nullptr ? output : "";
+    }
+    g_free(output);
+    return result;
+}
+
+std::optional<std::string>
+ProcessBrowserDriver::atspi(const std::vector<std::string>& arguments) const {
+    std::vector<std::string> argv{OVEL_ATSPI_DRIVER, "ovel-web"};
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    return run(argv);
+}
+
+bool ProcessBrowserDriver::exists(const std::string& role, const std::string& name) const {
+    return atspi({"exists", role, name}).has_value();
+}
+
+bool ProcessBrowserDriver::waitFor(const std::string& role, const std::string& name,
+                                   std::chrono::milliseconds limit) const {
+    return ProcessBrowser::waitUntil([&] { return exists(role, name); }, limit);
+}
+
+bool ProcessBrowserDriver::click(const std::string& role, const std::string& name) const {
+    return atspi({"click", role, name}).has_value();
+}
+
+std::optional<std::string> ProcessBrowserDriver::text(const std::string& role,
+                                                      const std::string& name) const {
+    auto value = atspi({"text", role, name});
+    if (value && !value->empty() && value->back() == '\n') {
+        value->pop_back();
+    }
+    return value;
+}
+
+std::optional<ProcessBrowserDriver::Extents>
+ProcessBrowserDriver::extents(const std::string& role, const std::string& name) const {
+    const auto printed = atspi({"extents", role, name});
+    Extents area{};
+    if (!printed || std::sscanf(printed->c_str(), "%d %d %d %d", &area.x, &area.y, &area.width,
+                                &area.height) != 4) {
+        return std::nullopt;
+    }
+    return area;
+}
+
+std::string ProcessBrowserDriver::dump() const {
+    return atspi({"dump"}).value_or("(no tree)");
+}
+
+bool ProcessBrowserDriver::keys(const std::string& combination) const {
+    // Without a window manager nothing gives the window focus: xdotool does.
+    return run({"xdotool", "search", "--sync", "--limit", "1", "--name", "^Ovel Web$",
+                "windowfocus", "--sync", "key", "--clearmodifiers", combination})
+        .has_value();
+}
+
+bool ProcessBrowserDriver::type(const std::string& text) const {
+    return run({"xdotool", "search", "--sync", "--limit", "1", "--name", "^Ovel Web$",
+                "windowfocus", "--sync", "type", "--delay", "40", text})
+        .has_value();
+}
+
+bool ProcessBrowserDriver::clickAt(int x, int y) const {
+    return run({"xdotool", "search", "--sync", "--limit", "1", "--name", "^Ovel Web$", "mousemove",
+                "--window", "%1", std::to_string(x), std::to_string(y), "click", "1"})
+        .has_value();
+}
+
+} // namespace ovel::test

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "support/ProcessBrowser.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace ovel::test {
+
+// Drives a running ProcessBrowser as a person would: finds controls by role and accessible name
+// through the accessibility tree and presses them, and types on the keyboard with xdotool.
+// Roles are AT-SPI's role names: "push button", "toggle button", "menu item", "text".
+class ProcessBrowserDriver {
+public:
+    explicit ProcessBrowserDriver(const ProcessBrowser& browser) : browser_(browser) {}
+
+    bool exists(const std::string& role, const std::string& name) const;
+    bool waitFor(const std::string& role, const std::string& name,
+                 std::chrono::milliseconds limit = std::chrono::seconds(30)) const;
+    // Runs the control's click action; false when no such control shows.
+    bool click(const std::string& role, const std::string& name) const;
+    std::optional<std::string> text(const std::string& role, const std::string& name) const;
+    // Where the control is, relative to its window.
+    struct Extents {
+        int x, y, width, height;
+    };
+    std::optional<Extents> extents(const std::string& role, const std::string& name) const;
+    // The accessibility tree as text, for failure messages.
+    std::string dump() const;
+
+    // Presses keys on the browser's window: xdotool's names, e.g. "ctrl+t", "Return".
+    bool keys(const std::string& combination) const;
+    bool type(const std::string& text) const;
+    // A click of the left button at a point of the window.
+    bool clickAt(int x, int y) const;
+
+private:
+    // Runs a command, returning its standard output when it exits with status 0.
+    std::optional<std::string> run(const std::vector<std::string>& argv) const;
+    std::optional<std::string> atspi(const std::vector<std::string>& arguments) const;
+
+    const ProcessBrowser& browser_;
+};
+
+} // namespace ovel::test

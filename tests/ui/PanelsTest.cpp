@@ -1,0 +1,232 @@
+#include "chrome/BrowserRootView.h"
+#include "chrome/SlideRevealer.h"
+#include "support/BrowserFixture.h"
+#include "support/GtkWait.h"
+#include "support/ViewFixture.h"
+
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ovel {
+namespace {
+
+using namespace std::chrono_literals;
+using test::waitUntil;
+
+class PanelsTest : public test::ViewFixture {
+protected:
+    void SetUp() override {
+        launchFresh();
+        view_ = std::make_unique<BrowserRootView>(*state, [this](const BrowserTab& tab) {
+            GtkWidget*& page = pages_[&tab];
+            if (page == nullptr) {
+                page = GTK_WIDGET(g_object_ref_sink(gtk_label_new("page")));
+            }
+            return page;
+        });
+        window_ = GTK_WINDOW(gtk_window_new());
+        gtk_widget_add_css_class(GTK_WIDGET(window_), "ovel-window");
+        gtk_window_set_default_size(window_, 1200, 780);
+        gtk_window_set_child(window_, view_->widget());
+        gtk_window_present(window_);
+        ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(view_->widget()); }, 5s));
+    }
+    void TearDown() override {
+        gtk_window_destroy(window_);
+        view_.reset();
+        for (auto& [tab, page] : pages_) {
+            g_object_unref(page);
+        }
+        state.reset();
+    }
+
+    bool press(const std::string& name) {
+        // A button's own activation clicks it only after a short pressed-look delay.
+        GtkWidget* control = findByName(view_->widget(), name);
+        if (!GTK_IS_BUTTON(control)) {
+            return false;
+        }
+        g_signal_emit_by_name(control, "clicked");
+        return true;
+    }
+    // The controls of the shelf named `name`.
+    int countNamed(GtkWidget* root, const std::string& name) {
+        int count = findByName(root, name) == root ? 1 : 0;
+        for (GtkWidget* child = gtk_widget_get_first_child(root); child != nullptr;
+             child = gtk_widget_get_next_sibling(child)) {
+            count += countNamed(child, name);
+        }
+        return count;
+    }
+
+    // Drives the panel open or closed and counts the frames until it has settled.
+    std::int64_t framesToSettle(SlideRevealer& panel, const std::function<void()>& change,
+                                bool opening) {
+        GdkFrameClock* clock = gtk_widget_get_frame_clock(view_->widget());
+        const std::int64_t start = gdk_frame_clock_get_frame_counter(clock);
+        change();
+        EXPECT_TRUE(waitUntil([&] { return panel.progress() == (opening ? 1.0 : 0.0); }, 5s));
+        return gdk_frame_clock_get_frame_counter(clock) - start;
+    }
+
+    void download(const std::string& id, DownloadStatus status,
+                  std::optional<std::string> path = std::nullopt) {
+        state->selectedTab()->onDownloadEvent(
+            DownloadEvent{id, id + ".bin", "https://src.test/" + id, std::move(path), status, 0.5});
+        mainQueue.drain();
+    }
+
+    std::map<const BrowserTab*, GtkWidget*> pages_;
+    std::unique_ptr<BrowserRootView> view_;
+    GtkWindow* window_ = nullptr;
+};
+
+TEST_F(PanelsTest, EachPanelFollowsItsFlagAndIsInstantWithoutSmoothAnimations) {
+    struct Case {
+        const char* name;
+        SlideRevealer& panel;
+        std::function<void(bool)> show;
+    };
+    const Case cases[] = {
+        {"sidebar", view_->sidebar(), [&](bool on) { state->setShowSidebar(on); }},
+        {"find bar", view_->findBar(), [&](bool on) { state->setShowFindBar(on); }},
+        {"download shelf", view_->downloadShelf(),
+         [&](bool on) {
+             if (on) {
+                 download("D1", DownloadStatus::Started);
+             } else {
+                 state->clearDownloads();
+             }
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        state->setSmoothAnimations(true);
+        EXPECT_GE(framesToSettle(
+                      c.panel, [&] { c.show(true); }, true),
+                  8)
+            << "springs in over many frames";
+        EXPECT_TRUE(c.panel.revealed());
+        EXPECT_GE(framesToSettle(
+                      c.panel, [&] { c.show(false); }, false),
+                  8);
+        EXPECT_FALSE(c.panel.revealed());
+
+        state->setSmoothAnimations(false);
+        EXPECT_LE(framesToSettle(
+                      c.panel, [&] { c.show(true); }, true),
+                  3)
+            << "at once";
+        EXPECT_TRUE(c.panel.revealed());
+        EXPECT_LE(framesToSettle(
+                      c.panel, [&] { c.show(false); }, false),
+                  3);
+        EXPECT_FALSE(c.panel.revealed());
+    }
+}
+
+TEST_F(PanelsTest, FindBarDoneHidesAndClearsTheText) {
+    state->setSmoothAnimations(false);
+    state->toggleFindBar();
+    ASSERT_TRUE(waitUntil([&] { return view_->findBar().progress() == 1.0; }, 5s));
+    GtkEditable* field = GTK_EDITABLE(view_->findBarView().field());
+    EXPECT_TRUE(gtk_widget_has_focus(GTK_WIDGET(field)) ||
+                gtk_widget_has_focus(gtk_widget_get_first_child(GTK_WIDGET(field))))
+        << "the field takes the keyboard when the bar opens";
+
+    gtk_editable_set_text(field, "needle");
+    EXPECT_EQ(state->findText.get(), "needle") << "typing is the find text";
+    state->setFindText("other");
+    EXPECT_STREQ(gtk_editable_get_text(field), "other") << "and the other way round";
+
+    EXPECT_TRUE(press("Done"));
+    EXPECT_FALSE(state->showFindBar.get());
+    EXPECT_EQ(state->findText.get(), "");
+    EXPECT_STREQ(gtk_editable_get_text(field), "");
+    state->toggleFindBar();
+    EXPECT_STREQ(gtk_editable_get_text(field), "") << "reopened, the bar starts empty";
+}
+
+TEST_F(PanelsTest, TheShelfShowsEightItemsWithTheirControlsAndClearLeavesTransfersAlone) {
+    state->setSmoothAnimations(false);
+    download("started", DownloadStatus::Started);
+    download("paused", DownloadStatus::Paused);
+    download("failed", DownloadStatus::Failed);
+    download("finished", DownloadStatus::Finished, "/tmp/finished.bin");
+    for (int i = 0; i < 6; ++i) {
+        download("more" + std::to_string(i), DownloadStatus::Cancelled);
+    }
+    ASSERT_TRUE(waitUntil([&] { return view_->downloadShelf().progress() == 1.0; }, 5s));
+    test::runMainLoopFor(100ms);
+    GtkWidget* shelf = view_->downloadShelf().widget();
+    // Ten records, newest first: six cancelled, finished, failed, paused, started; eight shown.
+    EXPECT_EQ(countNamed(shelf, "Show in Folder"), 1) << "only a record with a path has one";
+    EXPECT_EQ(countNamed(shelf, "Retry"), 7) << "six cancelled and one failed";
+    EXPECT_EQ(countNamed(shelf, "Pause"), 0) << "the started one is tenth and not shown";
+    EXPECT_EQ(countNamed(shelf, "Resume"), 0) << "the paused one is ninth";
+    EXPECT_EQ(countNamed(shelf, "Cancel"), 0);
+    saveScreenshot(GTK_WIDGET(window_), "download-shelf");
+
+    EXPECT_TRUE(press("Clear"));
+    EXPECT_TRUE(state->downloads->empty());
+    EXPECT_TRUE(waitUntil([&] { return !view_->downloadShelf().revealed(); }, 5s));
+    // The transfer still runs: its next event brings it back onto the shelf.
+    download("started", DownloadStatus::Finished, "/tmp/started.bin");
+    ASSERT_EQ(state->downloads->size(), 1u);
+    EXPECT_EQ(state->downloads->front().status, DownloadStatus::Finished);
+    EXPECT_TRUE(view_->downloadShelf().revealed());
+}
+
+TEST_F(PanelsTest, ASidebarBookmarkLoadsIntoTheSelectedTabOnly) {
+    showPage(0, "https://a.test/first", "First page");
+    state->addBookmark();
+    showPage(0, "https://b.test/second", "A second page with a rather long title to cut short");
+    state->addBookmark();
+    state->newTab();
+    ASSERT_EQ(state->bookmarks->size(), 2u);
+    state->setShowSidebar(true);
+    ASSERT_TRUE(waitUntil([&] { return view_->sidebar().progress() == 1.0; }, 5s));
+    EXPECT_EQ(gtk_widget_get_width(view_->sidebar().widget()), 220) << "long titles are cut";
+    saveScreenshot(GTK_WIDGET(window_), "sidebar-bookmarks");
+
+    const std::size_t loadsBefore = viewAt(1).loadRequests.size();
+    EXPECT_TRUE(press("First page"));
+    ASSERT_EQ(viewAt(1).loadRequests.size(), loadsBefore + 1);
+    EXPECT_EQ(viewAt(1).loadRequests.back().url, "https://a.test/first");
+    EXPECT_EQ(state->tabs->size(), 2u) << "no new tab";
+    EXPECT_EQ(state->selectedIndex.get(), 1) << "no change of selection";
+}
+
+TEST_F(PanelsTest, TheBackgroundFadesToANewThemeAtOnceWithoutSmoothAnimations) {
+    GdkFrameClock* clock = gtk_widget_get_frame_clock(view_->widget());
+    auto framesToChange = [&](BrowserTheme theme) {
+        const std::int64_t start = gdk_frame_clock_get_frame_counter(clock);
+        state->setTheme(theme);
+        EXPECT_TRUE(view_->orbs().isChangingTheme());
+        EXPECT_TRUE(waitUntil([&] { return !view_->orbs().isChangingTheme(); }, 5s));
+        return gdk_frame_clock_get_frame_counter(clock) - start;
+    };
+    state->setSmoothAnimations(true);
+    EXPECT_GE(framesToChange(BrowserTheme::Ocean), 8) << "on the theme spring";
+    state->setSmoothAnimations(false);
+    EXPECT_LE(framesToChange(BrowserTheme::Citrus), 3) << "at once";
+    EXPECT_TRUE(view_->orbs().isTicking()) << "the orbs keep breathing all the same";
+}
+
+TEST_F(PanelsTest, TheAddressFieldFollowsTheSelectedTab) {
+    showPage(0, "https://a.test/page", "A");
+    state->openURL("ovel://settings");
+    state->newTab();
+    GtkEditable* field = GTK_EDITABLE(view_->addressEntry());
+    EXPECT_STREQ(gtk_editable_get_text(field), "") << "a new tab has no address";
+    state->selectTab(0);
+    EXPECT_STREQ(gtk_editable_get_text(field), "ovel://settings")
+        << "the internal page's address, not the page under it";
+}
+
+} // namespace
+} // namespace ovel
