@@ -1,15 +1,23 @@
 #include "app/OvelWebApp.h"
 
 #include "app/AppPaths.h"
-#include "chrome/BrowserCommands.h"
 #include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
 #include "app/GlibUuidSource.h"
 #include "app/SqliteSettingsStore.h"
 #include "app/StartupProbe.h"
 #include "app/SystemClock.h"
+#include "chrome/BrowserCommands.h"
 #include "chrome/BrowserWindow.h"
 #include "chrome/PermissionPromptDialog.h"
+#include "pages/CommandPaletteSheet.h"
+#include "pages/OvelAboutPageNative.h"
+#include "pages/OvelDownloadsPageNative.h"
+#include "pages/OvelHistoryPageNative.h"
+#include "pages/OvelSettingsPageNative.h"
+#include "pages/OvelWorkspacesPageNative.h"
+#include "pages/SheetHost.h"
+#include "pages/TabOverviewSheet.h"
 #include "state/BrowserState.h"
 #include "web/BrowserTab.h"
 #include "web/webkit/SoupFaviconFetcher.h"
@@ -47,6 +55,29 @@ std::string_view requestText(const std::variant<MediaCaptureType, SitePermission
     return "use a device";
 }
 
+// The native page for an internal address, made for the page area.
+template <typename Page> WebContainer::PageView makePage(BrowserState& state) {
+    auto page = std::make_shared<Page>(state);
+    GtkWidget* widget = page->widget();
+    return {widget, std::move(page)};
+}
+
+WebContainer::PageView makeInternalPage(BrowserState& state, InternalPage route) {
+    switch (route) {
+    case InternalPage::Settings:
+        return makePage<OvelSettingsPageNative>(state);
+    case InternalPage::Downloads:
+        return makePage<OvelDownloadsPageNative>(state);
+    case InternalPage::History:
+        return makePage<OvelHistoryPageNative>(state);
+    case InternalPage::Workspaces:
+        return makePage<OvelWorkspacesPageNative>(state);
+    case InternalPage::About:
+        return makePage<OvelAboutPageNative>(state);
+    }
+    return {};
+}
+
 void askUser(const PermissionQuestion& question, PermissionAnswer answer) {
     GtkRoot* root = question.webView != nullptr ? gtk_widget_get_root(question.webView) : nullptr;
     PermissionPromptDialog::present(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr, question.host,
@@ -70,8 +101,19 @@ struct OvelWebApp::Parts {
     std::shared_ptr<BrowserState> state;
     std::unique_ptr<BrowserCommands> commands;
     std::unique_ptr<BrowserWindow> window;
+    // The two sheets, laid over the window's card; destroyed before the layer they are on.
+    std::unique_ptr<SheetHost> sheets;
+    std::unique_ptr<CommandPaletteSheet> palette;
+    std::unique_ptr<TabOverviewSheet> overview;
     GSignalConnections windowSignals;
     std::unique_ptr<StartupProbe> startupProbe;
+
+    void closeWindow() {
+        palette.reset();
+        overview.reset();
+        sheets.reset();
+        window.reset();
+    }
 };
 
 OvelWebApp::OvelWebApp()
@@ -135,13 +177,20 @@ void OvelWebApp::activate() {
         gtk_window_present(parts_->window->window());
         return;
     }
+    BrowserState& state = *parts_->state;
     parts_->window = std::make_unique<BrowserWindow>(
-        application_.get(), *parts_->state,
+        application_.get(), state,
         [](const BrowserTab& tab) { return WebKitWebViewAdapter::widgetOf(tab.webView()); },
+        [&state](InternalPage route) { return makeInternalPage(state, route); },
         parts_->commands->menu());
+    BrowserRootView& root = parts_->window->rootView();
+    parts_->sheets = std::make_unique<SheetHost>(root.card());
+    gtk_overlay_add_overlay(root.overlay(), parts_->sheets->widget());
+    parts_->palette = std::make_unique<CommandPaletteSheet>(state, *parts_->sheets);
+    parts_->overview = std::make_unique<TabOverviewSheet>(state, *parts_->sheets);
     Parts* parts = parts_.get();
     parts_->windowSignals.connect(parts_->window->window(), "destroy",
-                                  [parts](GtkWidget*) { parts->window.reset(); });
+                                  [parts](GtkWidget*) { parts->closeWindow(); });
     parts_->startupProbe = StartupProbe::fromEnvironment(*parts_->state, parts_->window->window(),
                                                          G_APPLICATION(application_.get()));
     gtk_window_present(parts_->window->window());
@@ -151,7 +200,7 @@ void OvelWebApp::shutdown() {
     // Everything was saved when it changed: nothing is written here.
     if (parts_) {
         parts_->startupProbe.reset();
-        parts_->window.reset();
+        parts_->closeWindow();
         parts_->commands.reset();
         parts_->state.reset();
     }

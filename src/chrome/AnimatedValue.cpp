@@ -26,8 +26,7 @@ void AnimatedValue::animateTo(double target, Spring spring, bool smooth) {
     adw_animation_pause(timed_.get());
     if (smooth) {
         auto* animation = ADW_SPRING_ANIMATION(spring_.get());
-        const double stiffness = std::pow(2 * std::numbers::pi / spring.response, 2);
-        AdwSpringParams* params = adw_spring_params_new(spring.dampingFraction, 1.0, stiffness);
+        AdwSpringParams* params = springParams(spring);
         adw_spring_animation_set_spring_params(animation, params);
         adw_spring_params_unref(params);
         adw_spring_animation_set_value_from(animation, value_);

@@ -1,18 +1,13 @@
 #pragma once
 
 #include "gutil/GObjectRef.h"
+#include "gutil/Spring.h"
 
 #include <adwaita.h>
 
 #include <functional>
 
 namespace ovel {
-
-// A spring: how long one swing takes, in seconds, and how quickly it settles (1: no bounce).
-struct Spring {
-    double response = 0.25;
-    double dampingFraction = 0.84;
-};
 
 // A change over a fixed time with an easing curve.
 struct Timed {

@@ -50,12 +50,35 @@ BrowserCommands::BrowserCommands(GtkApplication* application, BrowserState& stat
         const std::string title(command.title);
         g_menu_append(section, title.c_str(), detailed.c_str());
     }
+
+    // The tab keys of every desktop browser, outside the menu: the next and the previous tab.
+    addKeyOnlyAction("select-next-tab", {"<Control>Tab", "<Control>Page_Down"},
+                     [this] { state_.selectNextTab(); });
+    addKeyOnlyAction("select-previous-tab",
+                     {"<Control><Shift>Tab", "<Control><Shift>ISO_Left_Tab", "<Control>Page_Up"},
+                     [this] { state_.selectPreviousTab(); });
+}
+
+void BrowserCommands::addKeyOnlyAction(const char* name, std::vector<const char*> accelerators,
+                                       std::function<void()> run) {
+    auto action = GObjectRef<GSimpleAction>::adopt(g_simple_action_new(name, nullptr));
+    signals_.connect(action.get(), "activate",
+                     [run = std::move(run)](GSimpleAction*, GVariant*) { run(); });
+    g_action_map_add_action(G_ACTION_MAP(application_), G_ACTION(action.get()));
+    accelerators.push_back(nullptr);
+    gtk_application_set_accels_for_action(application_, (std::string("app.") + name).c_str(),
+                                          accelerators.data());
+    keyOnlyActions_.push_back(name);
 }
 
 BrowserCommands::~BrowserCommands() {
+    signals_.disconnectAll();
     for (const BrowserCommand& command : browserCommands) {
         const std::string action(command.action);
         g_action_map_remove_action(G_ACTION_MAP(application_), action.c_str());
+    }
+    for (const char* name : keyOnlyActions_) {
+        g_action_map_remove_action(G_ACTION_MAP(application_), name);
     }
 }
 

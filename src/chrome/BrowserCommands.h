@@ -1,8 +1,12 @@
 #pragma once
 
 #include "gutil/GObjectRef.h"
+#include "gutil/GSignalConnections.h"
 
 #include <gtk/gtk.h>
+
+#include <functional>
+#include <vector>
 
 #include <array>
 #include <string_view>
@@ -79,9 +83,14 @@ public:
     void run(Command command);
 
 private:
+    void addKeyOnlyAction(const char* name, std::vector<const char*> accelerators,
+                          std::function<void()> run);
+
     GtkApplication* application_;
     BrowserState& state_;
     GObjectRef<GMenu> menu_;
+    GSignalConnections signals_;
+    std::vector<const char*> keyOnlyActions_;
 };
 
 } // namespace ovel

@@ -1,6 +1,5 @@
 #include "chrome/BrowserRootView.h"
 
-#include "chrome/IconNames.h"
 #include "gutil/AccessibleLabel.h"
 #include "state/BrowserState.h"
 
@@ -20,20 +19,20 @@ GtkWidget* box(GtkOrientation orientation, const char* cssClass) {
 
 } // namespace
 
-BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolver resolver)
+BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolver resolver,
+                                 WebContainer::PageMaker pages)
     : state_(state), style_(gdk_display_get_default()),
       sidebar_(SlideRevealer::Edge::Leading, Spring{0.45, 0.86}),
       findBar_(SlideRevealer::Edge::Top, Spring{0.35, 0.86}),
       // The shelf has no animation of its own in the design; it moves like the find bar.
       downloadShelf_(SlideRevealer::Edge::Bottom, Spring{0.35, 0.86}),
-      webContainer_(std::make_unique<WebContainer>(state, std::move(resolver))),
-      sidebarView_(state), findBarView_(state), downloadShelfView_(state),
-      root_(GTK_WIDGET(g_object_ref_sink(gtk_overlay_new()))),
+      webContainer_(std::make_unique<WebContainer>(state, std::move(resolver), std::move(pages))),
+      sidebarView_(state), findBarView_(state), downloadShelfView_(state), tabBar_(state),
+      toolbar_(state), root_(GObjectRef<GtkWidget>::retain(gtk_overlay_new())),
       tabStripSlot_(box(GTK_ORIENTATION_HORIZONTAL, "tab-strip")),
-      toolbarSlot_(box(GTK_ORIENTATION_HORIZONTAL, "toolbar")),
-      addressEntry_(GTK_ENTRY(g_object_ref_sink(gtk_entry_new()))) {
-    gtk_widget_add_css_class(root_, "browser-root");
-    gtk_overlay_set_child(GTK_OVERLAY(root_), orbs_.widget());
+      toolbarSlot_(box(GTK_ORIENTATION_HORIZONTAL, "toolbar")) {
+    gtk_widget_add_css_class(widget(), "browser-root");
+    gtk_overlay_set_child(GTK_OVERLAY(widget()), orbs_.widget());
 
     // The sidebar, sliding in from the leading edge.
     sidebar_.setChild(sidebarView_.widget());
@@ -41,6 +40,8 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     // The tab strip row: the window's drag handle, with the window controls at its end.
     GtkWidget* tabStripRow = box(GTK_ORIENTATION_HORIZONTAL, "tab-strip-row");
     gtk_widget_set_hexpand(tabStripSlot_, TRUE);
+    gtk_widget_set_hexpand(tabBar_.widget(), TRUE);
+    gtk_box_append(GTK_BOX(tabStripSlot_), tabBar_.widget());
     gtk_box_append(GTK_BOX(tabStripRow), tabStripSlot_);
     primaryMenuButton_ = GTK_MENU_BUTTON(gtk_menu_button_new());
     gtk_menu_button_set_icon_name(primaryMenuButton_, "open-menu-symbolic");
@@ -54,24 +55,11 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     GtkWidget* dragHandle = gtk_window_handle_new();
     gtk_window_handle_set_child(GTK_WINDOW_HANDLE(dragHandle), tabStripRow);
 
-    // The toolbar row, holding the address field.
+    // The toolbar row: the browser's buttons around the address field.
     GtkWidget* toolbarRow = box(GTK_ORIENTATION_HORIZONTAL, "toolbar-row");
     gtk_widget_set_hexpand(toolbarSlot_, TRUE);
-    gtk_widget_add_css_class(GTK_WIDGET(addressEntry_), "address-entry");
-    gtk_widget_set_hexpand(GTK_WIDGET(addressEntry_), TRUE);
-    gtk_widget_set_valign(GTK_WIDGET(addressEntry_), GTK_ALIGN_CENTER);
-    gtk_entry_set_placeholder_text(addressEntry_, "Search or enter address");
-    setAccessibleLabel(GTK_WIDGET(addressEntry_), "Address");
-    // Until the toolbar has its own view, the sidebar's button leads the row.
-    GtkWidget* sidebarButton =
-        gtk_button_new_from_icon_name(std::string(iconName("sidebar.left")).c_str());
-    gtk_widget_add_css_class(sidebarButton, "toolbar-button");
-    gtk_widget_set_valign(sidebarButton, GTK_ALIGN_CENTER);
-    gtk_widget_set_tooltip_text(sidebarButton, "Toggle Sidebar");
-    setAccessibleLabel(sidebarButton, "Toggle Sidebar");
-    signals_.connect(sidebarButton, "clicked", [this](GtkButton*) { state_.toggleSidebar(); });
-    gtk_box_append(GTK_BOX(toolbarSlot_), sidebarButton);
-    gtk_box_append(GTK_BOX(toolbarSlot_), GTK_WIDGET(addressEntry_));
+    gtk_widget_set_hexpand(toolbar_.widget(), TRUE);
+    gtk_box_append(GTK_BOX(toolbarSlot_), toolbar_.widget());
     gtk_box_append(GTK_BOX(toolbarRow), toolbarSlot_);
 
     findBar_.setChild(findBarView_.widget());
@@ -92,27 +80,15 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     gtk_box_append(GTK_BOX(column), pageFrame);
     gtk_box_append(GTK_BOX(column), downloadShelf_.widget());
 
-    GtkWidget* card = box(GTK_ORIENTATION_HORIZONTAL, "chrome-card");
-    gtk_widget_set_overflow(card, GTK_OVERFLOW_HIDDEN);
-    gtk_box_append(GTK_BOX(card), sidebar_.widget());
-    gtk_box_append(GTK_BOX(card), column);
-    gtk_overlay_add_overlay(GTK_OVERLAY(root_), card);
-    gtk_overlay_set_measure_overlay(GTK_OVERLAY(root_), card, TRUE);
+    card_ = box(GTK_ORIENTATION_HORIZONTAL, "chrome-card");
+    gtk_widget_set_overflow(card_, GTK_OVERFLOW_HIDDEN);
+    gtk_box_append(GTK_BOX(card_), sidebar_.widget());
+    gtk_box_append(GTK_BOX(card_), column);
+    gtk_overlay_add_overlay(GTK_OVERLAY(widget()), card_);
+    gtk_overlay_set_measure_overlay(GTK_OVERLAY(widget()), card_, TRUE);
 
     // The orbs are not drawn where the opaque page hides them.
     orbs_.setCoveringWidget(webContainer_->widget(), pageCornerRadius);
-
-    g_signal_connect(addressEntry_, "activate", G_CALLBACK(+[](GtkEntry* entry, gpointer self) {
-                         auto* view = static_cast<BrowserRootView*>(self);
-                         view->state_.openURL(gtk_editable_get_text(GTK_EDITABLE(entry)));
-                     }),
-                     this);
-    auto showAddress = [this] {
-        gtk_editable_set_text(GTK_EDITABLE(addressEntry_), state_.addressText.get().c_str());
-    };
-    connections_.add(
-        state_.addressText.changed().connect([showAddress](const std::string&) { showAddress(); }));
-    showAddress();
 
     // The panels come and go with their flags: on springs, or at once without smooth
     // animations. They start as the state has them, without animating.
@@ -133,19 +109,37 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     auto* onBlend = +[](double value, gpointer orbs) {
         static_cast<AnimatedOrbs*>(orbs)->setThemeBlend(value);
     };
-    themeSpring_ =
-        adw_spring_animation_new(root_, 0, 1, springParams(Spring{0.42, 0.86}),
-                                 adw_callback_animation_target_new(onBlend, &orbs_, nullptr));
-    themeInstant_ = adw_timed_animation_new(
-        root_, 0, 1, 10, adw_callback_animation_target_new(onBlend, &orbs_, nullptr));
-    adw_timed_animation_set_easing(ADW_TIMED_ANIMATION(themeInstant_), ADW_LINEAR);
-    for (AdwAnimation* animation : {themeSpring_, themeInstant_}) {
-        g_signal_connect_swapped(animation, "done", G_CALLBACK(onThemeChangeDone), this);
+    themeSpring_ = GObjectRef<AdwAnimation>::adopt(
+        adw_spring_animation_new(widget(), 0, 1, springParams(Spring{0.42, 0.86}),
+                                 adw_callback_animation_target_new(onBlend, &orbs_, nullptr)));
+    themeInstant_ = GObjectRef<AdwAnimation>::adopt(adw_timed_animation_new(
+        widget(), 0, 1, 10, adw_callback_animation_target_new(onBlend, &orbs_, nullptr)));
+    adw_timed_animation_set_easing(ADW_TIMED_ANIMATION(themeInstant_.get()), ADW_LINEAR);
+    for (AdwAnimation* animation : {themeSpring_.get(), themeInstant_.get()}) {
+        signals_.connect(animation, "done", [this](AdwAnimation*) { orbs_.endThemeChange(); });
     }
     shownTheme_ = state_.theme.get();
     style_.applyTheme(shownTheme_);
     orbs_.setTheme(shownTheme_);
     connections_.add(state_.theme.changed().connect([this](BrowserTheme) { applyTheme(); }));
+
+    // Ctrl+L (and Alt+D, as elsewhere) puts the caret in the address field, its text selected.
+    GtkEventController* keys = gtk_shortcut_controller_new();
+    gtk_shortcut_controller_set_scope(GTK_SHORTCUT_CONTROLLER(keys), GTK_SHORTCUT_SCOPE_GLOBAL);
+    for (const char* trigger : {"<Control>l", "<Alt>d"}) {
+        gtk_shortcut_controller_add_shortcut(
+            GTK_SHORTCUT_CONTROLLER(keys),
+            gtk_shortcut_new(gtk_shortcut_trigger_parse_string(trigger),
+                             gtk_callback_action_new(
+                                 +[](GtkWidget*, GVariant*, gpointer view) -> gboolean {
+                                     static_cast<BrowserRootView*>(view)
+                                         ->toolbar_.addressField()
+                                         .focusAndSelectAll();
+                                     return TRUE;
+                                 },
+                                 this, nullptr)));
+    }
+    gtk_widget_add_controller(widget(), keys);
 
     // The orbs breathe from the moment the window is first shown, for its whole life.
     orbs_.setBreathe(true);
@@ -154,16 +148,11 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
 BrowserRootView::~BrowserRootView() {
     connections_.disconnectAll();
     signals_.disconnectAll();
-    g_signal_handlers_disconnect_by_data(addressEntry_, this);
-    for (AdwAnimation* animation : {themeSpring_, themeInstant_}) {
-        g_signal_handlers_disconnect_by_data(animation, this);
+    for (AdwAnimation* animation : {themeSpring_.get(), themeInstant_.get()}) {
         adw_animation_reset(animation);
-        g_object_unref(animation);
     }
     orbs_.setCoveringWidget(nullptr, 0);
     webContainer_.reset();
-    g_object_unref(addressEntry_);
-    g_object_unref(root_);
 }
 
 void BrowserRootView::setPrimaryMenu(GMenuModel* menu) {
@@ -184,13 +173,9 @@ void BrowserRootView::applyTheme() {
     style_.applyTheme(theme);
     // The background fades from the old theme to the new one.
     orbs_.beginThemeChange(theme);
-    adw_animation_reset(themeSpring_);
-    adw_animation_reset(themeInstant_);
-    adw_animation_play(state_.smoothAnimations.get() ? themeSpring_ : themeInstant_);
-}
-
-void BrowserRootView::onThemeChangeDone(BrowserRootView* view) {
-    view->orbs_.endThemeChange();
+    adw_animation_reset(themeSpring_.get());
+    adw_animation_reset(themeInstant_.get());
+    adw_animation_play(state_.smoothAnimations.get() ? themeSpring_.get() : themeInstant_.get());
 }
 
 } // namespace ovel

@@ -6,7 +6,10 @@
 #include "chrome/FindBar.h"
 #include "chrome/SidebarView.h"
 #include "chrome/SlideRevealer.h"
+#include "chrome/TabBar.h"
+#include "chrome/ToolbarView.h"
 #include "chrome/WebContainer.h"
+#include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
 #include "web/Connections.h"
 
@@ -20,18 +23,25 @@ class BrowserState;
 
 // The whole content of the browser window: the theme's gradient with the breathing orbs, and
 // over it one rounded glass card holding, beside the sliding sidebar, the tab strip row (the
-// window's drag handle, with the window controls at its end), the toolbar row with the address
-// field, the find bar, the page and the download shelf.
+// window's drag handle, with the main menu and the window controls at its end), the toolbar row,
+// the find bar, the page and the download shelf. Sheets are laid over the card by whoever owns
+// them, in overlay().
 class BrowserRootView {
 public:
-    BrowserRootView(BrowserState& state, WebContainer::WidgetResolver resolver);
+    BrowserRootView(BrowserState& state, WebContainer::WidgetResolver resolver,
+                    WebContainer::PageMaker pages);
     ~BrowserRootView();
 
     BrowserRootView(const BrowserRootView&) = delete;
     BrowserRootView& operator=(const BrowserRootView&) = delete;
 
-    GtkWidget* widget() const { return root_; }
-    GtkEntry* addressEntry() const { return addressEntry_; }
+    GtkWidget* widget() const { return root_.get(); }
+    // The layer over everything, for sheets, and the card they cover.
+    GtkOverlay* overlay() const { return GTK_OVERLAY(root_.get()); }
+    GtkWidget* card() const { return card_; }
+    ToolbarView& toolbar() { return toolbar_; }
+    TabBar& tabBar() { return tabBar_; }
+    GtkEditable* addressEntry() { return toolbar_.addressField().entry(); }
     const WebContainer& webContainer() const { return *webContainer_; }
     AnimatedOrbs& orbs() { return orbs_; }
 
@@ -51,7 +61,6 @@ public:
 private:
     void applyTheme();
     SlideRevealer::Motion motion() const;
-    static void onThemeChangeDone(BrowserRootView* view);
 
     BrowserState& state_;
     ChromeStyle style_;
@@ -63,17 +72,19 @@ private:
     SidebarView sidebarView_;
     FindBar findBarView_;
     DownloadShelf downloadShelfView_;
-    GtkWidget* root_;
+    TabBar tabBar_;
+    ToolbarView toolbar_;
+    GObjectRef<GtkWidget> root_;
     GtkWidget* tabStripSlot_;
     GtkWidget* toolbarSlot_;
-    GtkEntry* addressEntry_;
+    GtkWidget* card_ = nullptr;
     GtkMenuButton* primaryMenuButton_;
     Connections connections_;
     GSignalConnections signals_;
     // The background's move from one theme to the next: a spring, or 0.01 s without smooth
     // animations.
-    AdwAnimation* themeSpring_ = nullptr;
-    AdwAnimation* themeInstant_ = nullptr;
+    GObjectRef<AdwAnimation> themeSpring_;
+    GObjectRef<AdwAnimation> themeInstant_;
     BrowserTheme shownTheme_;
 };
 

@@ -10,9 +10,10 @@ constexpr int minimumHeight = 780;
 } // namespace
 
 BrowserWindow::BrowserWindow(GtkApplication* application, BrowserState& state,
-                             WebContainer::WidgetResolver resolver, GMenuModel* primaryMenu)
+                             WebContainer::WidgetResolver resolver, WebContainer::PageMaker pages,
+                             GMenuModel* primaryMenu)
     : window_(GObjectRef<GtkWindow>::retain(GTK_WINDOW(gtk_application_window_new(application)))),
-      rootView_(std::make_unique<BrowserRootView>(state, std::move(resolver))) {
+      rootView_(std::make_unique<BrowserRootView>(state, std::move(resolver), std::move(pages))) {
     gtk_window_set_title(window(), "Ovel Web");
     gtk_widget_add_css_class(GTK_WIDGET(window()), "ovel-window");
     gtk_window_set_default_size(window(), minimumWidth, minimumHeight);

@@ -17,7 +17,8 @@ class BrowserState;
 class BrowserWindow {
 public:
     BrowserWindow(GtkApplication* application, BrowserState& state,
-                  WebContainer::WidgetResolver resolver, GMenuModel* primaryMenu);
+                  WebContainer::WidgetResolver resolver, WebContainer::PageMaker pages,
+                  GMenuModel* primaryMenu);
     ~BrowserWindow();
 
     BrowserWindow(const BrowserWindow&) = delete;
@@ -25,7 +26,7 @@ public:
 
     GtkWindow* window() const { return window_.get(); }
     BrowserRootView& rootView() { return *rootView_; }
-    GtkEntry* addressEntry() const { return rootView_->addressEntry(); }
+    GtkEditable* addressEntry() const { return rootView_->addressEntry(); }
     const WebContainer& webContainer() const { return rootView_->webContainer(); }
 
 private:

@@ -4,6 +4,8 @@
 
 #include <adwaita.h>
 
+#include <string>
+
 // Generated from data/ovel-web.gresource.xml.
 extern "C" void ovel_resources_register_resource(void);
 
@@ -31,7 +33,20 @@ ChromeStyle::ChromeStyle(GdkDisplay* display)
                                        ADW_COLOR_SCHEME_FORCE_DARK);
     gtk_icon_theme_add_resource_path(gtk_icon_theme_get_for_display(display_),
                                      "/org/ovel/Web/chrome/icons");
-    gtk_css_provider_load_from_resource(fixed_.get(), "/org/ovel/Web/chrome/chrome.css");
+    // The fixed style of every view, in one provider.
+    std::string css;
+    for (const char* sheet :
+         {"chrome.css", "tab-strip-toolbar.css", "internal-pages.css", "sheets.css"}) {
+        const std::string path = std::string("/org/ovel/Web/chrome/") + sheet;
+        if (GBytes* bytes =
+                g_resources_lookup_data(path.c_str(), G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr)) {
+            gsize size = 0;
+            const auto* data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
+            css.append(data, size).push_back('\n');
+            g_bytes_unref(bytes);
+        }
+    }
+    gtk_css_provider_load_from_data(fixed_.get(), css.c_str(), static_cast<gssize>(css.size()));
     gtk_style_context_add_provider_for_display(display_, GTK_STYLE_PROVIDER(fixed_.get()),
                                                GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
     gtk_style_context_add_provider_for_display(display_, GTK_STYLE_PROVIDER(theme_.get()),

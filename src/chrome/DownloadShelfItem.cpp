@@ -1,7 +1,7 @@
 #include "chrome/DownloadShelfItem.h"
 
-#include "chrome/IconNames.h"
 #include "gutil/AccessibleLabel.h"
+#include "gutil/IconNames.h"
 #include "state/BrowserState.h"
 #include "web/DownloadControls.h"
 
@@ -36,7 +36,7 @@ void DownloadShelfItem::update(const DownloadRecord& item) {
 
 GtkWidget* DownloadShelfItem::iconButton(std::string_view symbol, const char* label,
                                          GCallback clicked) {
-    GtkWidget* button = gtk_button_new_from_icon_name(std::string(iconName(symbol)).c_str());
+    GtkWidget* button = gtk_button_new_from_icon_name(iconNameForGtk(symbol));
     gtk_button_set_has_frame(GTK_BUTTON(button), FALSE);
     gtk_widget_set_tooltip_text(button, label);
     setAccessibleLabel(button, label);

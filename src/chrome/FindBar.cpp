@@ -1,7 +1,7 @@
 #include "chrome/FindBar.h"
 
-#include "chrome/IconNames.h"
 #include "gutil/AccessibleLabel.h"
+#include "gutil/IconNames.h"
 #include "state/BrowserState.h"
 
 #include <string>
@@ -14,8 +14,7 @@ FindBar::FindBar(BrowserState& state)
       field_(GTK_ENTRY(gtk_entry_new())) {
     gtk_widget_add_css_class(root_, "find-bar");
 
-    GtkWidget* icon =
-        gtk_image_new_from_icon_name(std::string(iconName("magnifyingglass")).c_str());
+    GtkWidget* icon = gtk_image_new_from_icon_name(iconNameForGtk("magnifyingglass"));
     gtk_widget_add_css_class(icon, "dim-label");
     gtk_box_append(GTK_BOX(root_), icon);
 

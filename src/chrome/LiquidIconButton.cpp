@@ -1,14 +1,14 @@
 #include "chrome/LiquidIconButton.h"
 
-#include "chrome/ChromeIcons.h"
 #include "gutil/AccessibleLabel.h"
+#include "gutil/IconNames.h"
 
 namespace ovel {
 
 LiquidIconButton::LiquidIconButton(std::string_view symbol, Options options,
                                    std::function<void()> action)
     : button_(GObjectRef<GtkWidget>::retain(gtk_button_new())), action_(std::move(action)) {
-    GtkWidget* icon = gtk_image_new_from_icon_name(std::string(iconFor(symbol)).c_str());
+    GtkWidget* icon = gtk_image_new_from_icon_name(iconNameForGtk(symbol));
     gtk_image_set_pixel_size(GTK_IMAGE(icon), 12);
     gtk_button_set_child(GTK_BUTTON(widget()), icon);
     gtk_button_set_has_frame(GTK_BUTTON(widget()), FALSE);

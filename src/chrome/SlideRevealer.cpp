@@ -116,11 +116,6 @@ static void ovel_slide_box_init(OvelSlideBox* box) {
 
 namespace ovel {
 
-AdwSpringParams* springParams(Spring spring) {
-    const double stiffness = std::pow(2 * std::numbers::pi / spring.response, 2);
-    return adw_spring_params_new(spring.dampingFraction, 1.0, stiffness);
-}
-
 SlideRevealer::SlideRevealer(Edge edge, Spring spring)
     : edge_(edge), spring_(spring),
       widget_(GTK_WIDGET(g_object_ref_sink(g_object_new(ovel_slide_box_get_type(), nullptr)))) {

@@ -1,19 +1,11 @@
 #pragma once
 
+#include "gutil/Spring.h"
+
 #include <adwaita.h>
 #include <gtk/gtk.h>
 
 namespace ovel {
-
-// How a panel moves when its show/hide animates: a spring given as the design gives it, by
-// response (seconds) and damping fraction.
-struct Spring {
-    double response;
-    double dampingFraction;
-};
-
-// libadwaita's spring from a response and a damping fraction: unit mass, stiffness (2π/response)².
-AdwSpringParams* springParams(Spring spring);
 
 // A panel that enters and leaves by sliding in from one edge of its place while fading in.
 // Its size along that edge's axis grows with the panel, so its neighbours make room smoothly.

@@ -1,8 +1,8 @@
 #include "chrome/TabItem.h"
 
-#include "chrome/ChromeIcons.h"
 #include "chrome/DrawnBin.h"
 #include "gutil/AccessibleLabel.h"
+#include "gutil/IconNames.h"
 #include "state/BrowserState.h"
 
 #include <string>
@@ -61,7 +61,7 @@ TabItem::TabItem(BrowserState& state, std::shared_ptr<BrowserTab> tab)
     gtk_widget_set_valign(capsule(), GTK_ALIGN_CENTER);
     gtk_widget_set_overflow(capsule(), GTK_OVERFLOW_HIDDEN);
 
-    closeButton_ = gtk_button_new_from_icon_name(std::string(iconFor("xmark")).c_str());
+    closeButton_ = gtk_button_new_from_icon_name(iconNameForGtk("xmark"));
     gtk_button_set_has_frame(GTK_BUTTON(closeButton_), FALSE);
     gtk_widget_add_css_class(closeButton_, "tab-close");
     gtk_widget_set_valign(closeButton_, GTK_ALIGN_CENTER);

@@ -1,6 +1,6 @@
 #include "chrome/TabLabelParts.h"
 
-#include "chrome/ChromeIcons.h"
+#include "gutil/IconNames.h"
 #include "web/BrowserTab.h"
 
 #include <string>
@@ -8,8 +8,8 @@
 namespace ovel {
 
 TabLabelParts::TabLabelParts(GtkBox* box)
-    : pin_(gtk_image_new_from_icon_name(std::string(iconFor("pin.fill")).c_str())),
-      favicon_(gtk_image_new()), title_(gtk_label_new(nullptr)) {
+    : pin_(gtk_image_new_from_icon_name(iconNameForGtk("pin.fill"))), favicon_(gtk_image_new()),
+      title_(gtk_label_new(nullptr)) {
     gtk_image_set_pixel_size(GTK_IMAGE(pin_), 10);
     gtk_widget_add_css_class(pin_, "tab-pin");
     gtk_image_set_pixel_size(GTK_IMAGE(favicon_), 14);

@@ -43,9 +43,15 @@ std::string_view fontFamily(FontDesign design) {
 std::string themeCss(const ThemeColors& colors) {
     std::string css;
     css += "@define-color ovel_accent " + cssColor(colors.accent) + ";\n";
+    css +=
+        "@define-color ovel_gradient_start " + cssColor(*colors.backgroundGradient.begin()) + ";\n";
+    css += "@define-color ovel_gradient_end " + cssColor(*(colors.backgroundGradient.end() - 1)) +
+           ";\n";
+    css += "@define-color ovel_orb_a " + cssColor(colors.orbColors[0]) + ";\n";
+    css += "@define-color ovel_orb_b " + cssColor(colors.orbColors[1]) + ";\n";
 
     // Quicksand is thin at its regular weight; the rounded design sets it semibold.
-    css += "window.ovel-window { font-family: \"";
+    css += "window.ovel-window, .ovel-design-font { font-family: \"";
     css += fontFamily(colors.uiDesign);
     css += "\"; font-weight: ";
     css += colors.uiDesign == FontDesign::Rounded ? "600" : "400";

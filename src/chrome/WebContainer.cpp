@@ -14,8 +14,8 @@ constexpr guint crossFadeMilliseconds = 300;
 
 } // namespace
 
-WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver)
-    : state_(state), resolver_(std::move(resolver)),
+WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver, PageMaker pages)
+    : state_(state), resolver_(std::move(resolver)), pages_(std::move(pages)),
       root_(GObjectRef<GtkWidget>::retain(gtk_stack_new())) {
     // Another tab's page fades in over the last one. The stack keeps a picture of the page it
     // leaves, so the page widget itself is taken out at once.
@@ -30,6 +30,15 @@ WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver)
     // strip leaves the page on show alone.
     connections_.add(state_.selectionChanged.connect([this](const SelectionChange& change) {
         if (change.newTab != change.oldTab) {
+            shownRoute_.reset();
+            showSelectedTab();
+        }
+    }));
+    // The selected tab opening or leaving an internal page.
+    connections_.add(state_.tabChanged.connect([this](const BrowserTab& tab, TabFields fields) {
+        const auto selected = state_.selectedTab();
+        if (fields.has(TabField::DisplayAddress) && selected && selected->id() == tab.id() &&
+            pageForDisplayAddress(tab.displayAddress.get()) != shownRoute_) {
             showSelectedTab();
         }
     }));
@@ -39,11 +48,25 @@ WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver)
 WebContainer::~WebContainer() {
     connections_.disconnectAll();
     show(nullptr);
+    retire_.cancel();
 }
 
 void WebContainer::showSelectedTab() {
     const auto tab = state_.selectedTab();
-    show(tab ? resolver_(*tab) : nullptr);
+    const std::optional<InternalPage> route =
+        tab && pages_ ? pageForDisplayAddress(tab->displayAddress.get()) : std::nullopt;
+    PageView leaving = std::exchange(shownPageView_, {});
+    shownRoute_ = route;
+    if (route) {
+        shownPageView_ = pages_(*route);
+        show(shownPageView_.widget);
+    } else {
+        show(tab ? resolver_(*tab) : nullptr);
+    }
+    if (leaving.owner) {
+        retiring_.push_back(std::move(leaving.owner));
+        retire_.start(std::chrono::milliseconds(0), [this] { retiring_.clear(); });
+    }
 }
 
 void WebContainer::show(GtkWidget* page) {

@@ -1,8 +1,8 @@
 #include "pages/CommandPaletteSheet.h"
 
 #include "gutil/AccessibleLabel.h"
+#include "gutil/IconNames.h"
 #include "pages/SheetHost.h"
-#include "pages/SheetIcons.h"
 #include "state/BrowserState.h"
 
 #include <algorithm>
@@ -38,7 +38,7 @@ CommandPaletteSheet::CommandPaletteSheet(BrowserState& state, SheetHost& host)
 
     GtkWidget* header = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 10);
     gtk_box_append(GTK_BOX(panel), header);
-    GtkWidget* symbol = gtk_image_new_from_icon_name(iconFor("command"));
+    GtkWidget* symbol = gtk_image_new_from_icon_name(iconNameForGtk("command"));
     gtk_widget_add_css_class(symbol, "ovel-sheet-accent");
     gtk_box_append(GTK_BOX(header), symbol);
 
@@ -132,7 +132,7 @@ void CommandPaletteSheet::rebuild() {
     for (std::size_t i = 0; i < actions_.size(); ++i) {
         const CommandPaletteAction& action = actions_[i];
         Row& row = rowAt(i);
-        gtk_image_set_from_icon_name(GTK_IMAGE(row.icon), iconFor(action.symbol));
+        gtk_image_set_from_icon_name(GTK_IMAGE(row.icon), iconNameForGtk(action.symbol));
         gtk_label_set_text(GTK_LABEL(row.title), action.title.c_str());
         gtk_label_set_text(GTK_LABEL(row.subtitle), action.subtitle.c_str());
         setAccessibleLabel(row.button, action.title);

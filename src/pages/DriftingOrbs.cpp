@@ -8,53 +8,54 @@
 #include <vector>
 
 // The widget that hands its drawing and its life events to a DriftingOrbs.
-#define OVEL_TYPE_ORBS_WIDGET (ovel_orbs_widget_get_type())
-G_DECLARE_FINAL_TYPE(OvelOrbsWidget, ovel_orbs_widget, OVEL, ORBS_WIDGET, GtkWidget)
+#define OVEL_TYPE_DRIFTING_ORBS_WIDGET (ovel_drifting_orbs_widget_get_type())
+G_DECLARE_FINAL_TYPE(OvelDriftingOrbsWidget, ovel_drifting_orbs_widget, OVEL, DRIFTING_ORBS_WIDGET,
+                     GtkWidget)
 
-struct _OvelOrbsWidget {
+struct _OvelDriftingOrbsWidget {
     GtkWidget parent_instance;
     ovel::DriftingOrbs* owner;
 };
 
-G_DEFINE_TYPE(OvelOrbsWidget, ovel_orbs_widget, GTK_TYPE_WIDGET)
+G_DEFINE_TYPE(OvelDriftingOrbsWidget, ovel_drifting_orbs_widget, GTK_TYPE_WIDGET)
 
-static void ovel_orbs_widget_snapshot(GtkWidget* widget, GtkSnapshot* snapshot) {
-    if (auto* owner = OVEL_ORBS_WIDGET(widget)->owner) {
+static void ovel_drifting_orbs_widget_snapshot(GtkWidget* widget, GtkSnapshot* snapshot) {
+    if (auto* owner = OVEL_DRIFTING_ORBS_WIDGET(widget)->owner) {
         owner->snapshot(snapshot);
     }
 }
 
-static void ovel_orbs_widget_css_changed(GtkWidget* widget, GtkCssStyleChange* change) {
-    GTK_WIDGET_CLASS(ovel_orbs_widget_parent_class)->css_changed(widget, change);
-    if (auto* owner = OVEL_ORBS_WIDGET(widget)->owner) {
+static void ovel_drifting_orbs_widget_css_changed(GtkWidget* widget, GtkCssStyleChange* change) {
+    GTK_WIDGET_CLASS(ovel_drifting_orbs_widget_parent_class)->css_changed(widget, change);
+    if (auto* owner = OVEL_DRIFTING_ORBS_WIDGET(widget)->owner) {
         owner->styleChanged();
     }
 }
 
-static void ovel_orbs_widget_map(GtkWidget* widget) {
-    GTK_WIDGET_CLASS(ovel_orbs_widget_parent_class)->map(widget);
-    if (auto* owner = OVEL_ORBS_WIDGET(widget)->owner) {
+static void ovel_drifting_orbs_widget_map(GtkWidget* widget) {
+    GTK_WIDGET_CLASS(ovel_drifting_orbs_widget_parent_class)->map(widget);
+    if (auto* owner = OVEL_DRIFTING_ORBS_WIDGET(widget)->owner) {
         owner->mapped();
     }
 }
 
-static void ovel_orbs_widget_unmap(GtkWidget* widget) {
-    if (auto* owner = OVEL_ORBS_WIDGET(widget)->owner) {
+static void ovel_drifting_orbs_widget_unmap(GtkWidget* widget) {
+    if (auto* owner = OVEL_DRIFTING_ORBS_WIDGET(widget)->owner) {
         owner->unmapped();
     }
-    GTK_WIDGET_CLASS(ovel_orbs_widget_parent_class)->unmap(widget);
+    GTK_WIDGET_CLASS(ovel_drifting_orbs_widget_parent_class)->unmap(widget);
 }
 
-static void ovel_orbs_widget_class_init(OvelOrbsWidgetClass* klass) {
+static void ovel_drifting_orbs_widget_class_init(OvelDriftingOrbsWidgetClass* klass) {
     GtkWidgetClass* widget_class = GTK_WIDGET_CLASS(klass);
-    widget_class->snapshot = ovel_orbs_widget_snapshot;
-    widget_class->css_changed = ovel_orbs_widget_css_changed;
-    widget_class->map = ovel_orbs_widget_map;
-    widget_class->unmap = ovel_orbs_widget_unmap;
+    widget_class->snapshot = ovel_drifting_orbs_widget_snapshot;
+    widget_class->css_changed = ovel_drifting_orbs_widget_css_changed;
+    widget_class->map = ovel_drifting_orbs_widget_map;
+    widget_class->unmap = ovel_drifting_orbs_widget_unmap;
     gtk_widget_class_set_css_name(widget_class, "drifting-orbs");
 }
 
-static void ovel_orbs_widget_init(OvelOrbsWidget* self) {
+static void ovel_drifting_orbs_widget_init(OvelDriftingOrbsWidget* self) {
     self->owner = nullptr;
 }
 
@@ -152,9 +153,9 @@ GdkRGBA mix(const GdkRGBA& from, const GdkRGBA& to, double t) {
 
 DriftingOrbs::DriftingOrbs(const std::array<Orb, 2>& orbs, double secondsEachWay)
     : orbs_(orbs), periodMicros_(static_cast<gint64>(secondsEachWay * 1e6)),
-      widget_(
-          GObjectRef<GtkWidget>::retain(GTK_WIDGET(g_object_new(OVEL_TYPE_ORBS_WIDGET, nullptr)))) {
-    OVEL_ORBS_WIDGET(widget_.get())->owner = this;
+      widget_(GObjectRef<GtkWidget>::retain(
+          GTK_WIDGET(g_object_new(OVEL_TYPE_DRIFTING_ORBS_WIDGET, nullptr)))) {
+    OVEL_DRIFTING_ORBS_WIDGET(widget_.get())->owner = this;
     gtk_widget_set_can_target(widget_.get(), false);
     gtk_widget_set_hexpand(widget_.get(), true);
     gtk_widget_set_vexpand(widget_.get(), true);
@@ -178,7 +179,7 @@ DriftingOrbs::~DriftingOrbs() {
     if (tickId_ != 0) {
         gtk_widget_remove_tick_callback(widget_.get(), tickId_);
     }
-    OVEL_ORBS_WIDGET(widget_.get())->owner = nullptr;
+    OVEL_DRIFTING_ORBS_WIDGET(widget_.get())->owner = nullptr;
 }
 
 void DriftingOrbs::styleChanged() {

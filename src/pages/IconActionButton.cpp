@@ -1,13 +1,13 @@
 #include "pages/IconActionButton.h"
 
 #include "gutil/AccessibleLabel.h"
-#include "pages/PageIcons.h"
+#include "gutil/IconNames.h"
 
 namespace ovel {
 
 IconActionButton::IconActionButton(std::string_view symbol, const std::string& helpText,
                                    std::function<void()> action)
-    : button_(GObjectRef<GtkWidget>::retain(gtk_button_new_from_icon_name(iconFor(symbol)))),
+    : button_(GObjectRef<GtkWidget>::retain(gtk_button_new_from_icon_name(iconNameForGtk(symbol)))),
       action_(std::move(action)) {
     GtkWidget* button = button_.get();
     gtk_widget_add_css_class(button, "ovel-icon-action-button");

@@ -1,7 +1,7 @@
 #include "pages/OvelInternalPageShell.h"
 
+#include "gutil/IconNames.h"
 #include "pages/DriftingOrbs.h"
-#include "pages/PageIcons.h"
 #include "state/BrowserState.h"
 
 namespace ovel {
@@ -18,7 +18,7 @@ constexpr std::array<DriftingOrbs::Orb, 2> shellOrbs{{
 GtkWidget* headerRow(const std::string& title) {
     GtkWidget* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 10);
     gtk_widget_add_css_class(row, "ovel-page-header");
-    GtkWidget* globe = gtk_image_new_from_icon_name(iconFor("globe"));
+    GtkWidget* globe = gtk_image_new_from_icon_name(iconNameForGtk("globe"));
     gtk_widget_add_css_class(globe, "ovel-page-globe");
     gtk_box_append(GTK_BOX(row), globe);
     GtkWidget* titleLabel = gtk_label_new(title.c_str());

@@ -1,8 +1,8 @@
 #include "pages/TabOverviewSheet.h"
 
 #include "gutil/AccessibleLabel.h"
+#include "gutil/IconNames.h"
 #include "pages/SheetHost.h"
-#include "pages/SheetIcons.h"
 #include "state/BrowserState.h"
 #include "state/TabOverview.h"
 #include "state/TabSearch.h"
@@ -198,14 +198,14 @@ std::unique_ptr<TabOverviewSheet::Card> TabOverviewSheet::makeCard(const Uuid& i
     GtkWidget* preview = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
     gtk_widget_add_css_class(preview, "ovel-tab-overview-preview");
     gtk_widget_set_size_request(preview, -1, 90);
-    GtkWidget* safari = gtk_image_new_from_icon_name(iconFor("safari"));
+    GtkWidget* safari = gtk_image_new_from_icon_name(iconNameForGtk("safari"));
     gtk_image_set_pixel_size(GTK_IMAGE(safari), 24);
     gtk_widget_add_css_class(safari, "ovel-sheet-accent");
     gtk_widget_set_vexpand(safari, TRUE);
     gtk_box_append(GTK_BOX(preview), safari);
     gtk_box_append(GTK_BOX(content), preview);
 
-    card->close = gtk_button_new_from_icon_name(iconFor("xmark.circle.fill"));
+    card->close = gtk_button_new_from_icon_name(iconNameForGtk("xmark.circle.fill"));
     gtk_button_set_has_frame(GTK_BUTTON(card->close), FALSE);
     gtk_widget_add_css_class(card->close, "ovel-tab-overview-close");
     gtk_widget_set_halign(card->close, GTK_ALIGN_END);

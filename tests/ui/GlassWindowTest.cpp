@@ -1,9 +1,9 @@
 #include "chrome/AnimatedOrbs.h"
 #include "chrome/BrowserRootView.h"
 #include "chrome/ChromeStyle.h"
-#include "chrome/IconNames.h"
 #include "chrome/SlideRevealer.h"
 #include "chrome/ThemeCss.h"
+#include "gutil/IconNames.h"
 #include "support/BrowserFixture.h"
 #include "support/GtkWait.h"
 #include "support/ViewFixture.h"
@@ -170,13 +170,16 @@ protected:
         store = test::RecordingSettingsStore();
         store.setString(BrowserState::themeKey, rawValue(theme));
         launch();
-        view_ = std::make_unique<BrowserRootView>(*state, [this](const BrowserTab& tab) {
-            GtkWidget*& page = pages_[&tab];
-            if (page == nullptr) {
-                page = GTK_WIDGET(g_object_ref_sink(gtk_label_new("page")));
-            }
-            return page;
-        });
+        view_ = std::make_unique<BrowserRootView>(
+            *state,
+            [this](const BrowserTab& tab) {
+                GtkWidget*& page = pages_[&tab];
+                if (page == nullptr) {
+                    page = GTK_WIDGET(g_object_ref_sink(gtk_label_new("page")));
+                }
+                return page;
+            },
+            nullptr);
         window_ = GTK_WINDOW(gtk_window_new());
         gtk_widget_add_css_class(GTK_WIDGET(window_), "ovel-window");
         gtk_window_set_default_size(window_, 1200, 780);

@@ -21,13 +21,16 @@ class PanelsTest : public test::ViewFixture {
 protected:
     void SetUp() override {
         launchFresh();
-        view_ = std::make_unique<BrowserRootView>(*state, [this](const BrowserTab& tab) {
-            GtkWidget*& page = pages_[&tab];
-            if (page == nullptr) {
-                page = GTK_WIDGET(g_object_ref_sink(gtk_label_new("page")));
-            }
-            return page;
-        });
+        view_ = std::make_unique<BrowserRootView>(
+            *state,
+            [this](const BrowserTab& tab) {
+                GtkWidget*& page = pages_[&tab];
+                if (page == nullptr) {
+                    page = GTK_WIDGET(g_object_ref_sink(gtk_label_new("page")));
+                }
+                return page;
+            },
+            nullptr);
         window_ = GTK_WINDOW(gtk_window_new());
         gtk_widget_add_css_class(GTK_WIDGET(window_), "ovel-window");
         gtk_window_set_default_size(window_, 1200, 780);

@@ -54,4 +54,9 @@ constexpr std::string_view iconName(std::string_view symbol) {
     return "image-missing";
 }
 
+// The same, for GTK calls: every name is a literal, so it ends in a null character.
+inline const char* iconNameForGtk(std::string_view symbol) {
+    return iconName(symbol).data();
+}
+
 } // namespace ovel
