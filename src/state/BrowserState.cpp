@@ -327,7 +327,7 @@ void BrowserState::bind(BrowserTab& tab) {
             state->addressText.set(page->displayAddress.get() ? *page->displayAddress.get()
                                                               : url.value_or(std::string()));
         }
-        if (std::optional<Url> parsed = url ? Url::parse(*url) : std::nullopt;
+        if (std::optional<Url> parsed = url ? Url::fromEngine(*url) : std::nullopt;
             parsed && parsed->scheme().starts_with("http")) {
             state->recordHistory(*parsed, page->title.get());
         }

@@ -25,7 +25,7 @@ BrowserTab::~BrowserTab() = default;
 
 std::optional<Url> BrowserTab::webViewUrl() const {
     const auto url = webView_->url();
-    return url ? Url::parse(*url) : std::nullopt;
+    return url ? Url::fromEngine(*url) : std::nullopt;
 }
 
 void BrowserTab::load(const Url& url) {
@@ -63,7 +63,7 @@ void BrowserTab::estimatedProgressDidChange() {
 }
 
 NavigationActionPolicy BrowserTab::decidePolicy(const NavigationAction& action) {
-    const std::optional<Url> url = action.url ? Url::parse(*action.url) : std::nullopt;
+    const std::optional<Url> url = action.url ? Url::fromEngine(*action.url) : std::nullopt;
     if (url && onNavigationRequest) {
         onNavigationRequest(*url);
     }

@@ -36,7 +36,7 @@ public:
     const Uuid& id() const { return id_; }
     WebView& webView() { return *webView_; }
     const WebView& webView() const { return *webView_; }
-    // The web view's URL, parsed; none for the start page or an unparsable address.
+    // The web view's URL as the engine reports it; none for the start page.
     std::optional<Url> webViewUrl() const;
 
     // Fires after any published field below changes.

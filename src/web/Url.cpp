@@ -1,113 +1,189 @@
 #include "web/Url.h"
 
+#include <glib.h>
+
 #include <algorithm>
-#include <cctype>
-#include <charconv>
+#include <memory>
 
 namespace ovel {
 
 namespace {
 
-bool isAsciiAlpha(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-bool isAsciiDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-bool isHexDigit(char c) {
-    return isAsciiDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
+struct UriUnref {
+    void operator()(GUri* uri) const { g_uri_unref(uri); }
+};
+using UriPtr = std::unique_ptr<GUri, UriUnref>;
 
-// Characters a URI may hold besides the percent sign: unreserved, gen-delims and sub-delims.
-bool isUriCharacter(char c) {
-    if (isAsciiAlpha(c) || isAsciiDigit(c)) {
-        return true;
+// GLib's parser, strict first. A stray percent sign (`?q=100%`) needs the relaxed mode, which
+// keeps it as it is (and drops blanks at the ends). Parts stay percent-encoded as written;
+// only the host is decoded, and an internationalised one is turned into ASCII.
+UriPtr parseUri(std::string_view text) {
+    if (text.find('\0') != std::string_view::npos) {
+        return nullptr;
     }
-    static constexpr std::string_view allowed = "-._~:/?#[]@!$&'()*+,;=";
-    return allowed.find(c) != std::string_view::npos;
+    const std::string copy(text);
+    GUri* uri = g_uri_parse(copy.c_str(), G_URI_FLAGS_ENCODED, nullptr);
+    if (uri == nullptr) {
+        uri = g_uri_parse(copy.c_str(), GUriFlags(G_URI_FLAGS_ENCODED | G_URI_FLAGS_PARSE_RELAXED),
+                          nullptr);
+    }
+    return UriPtr(uri);
 }
 
-bool hasOnlyUriCharacters(std::string_view text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (c == '%') {
-            if (i + 2 >= text.size() || !isHexDigit(text[i + 1]) || !isHexDigit(text[i + 2])) {
-                return false;
-            }
-            i += 2;
-        } else if (!isUriCharacter(c)) {
-            return false;
+std::string orEmpty(const char* text) {
+    return text != nullptr ? std::string(text) : std::string();
+}
+
+// The schemes whose hosts are DNS names or IP addresses, compared without case.
+bool isWebScheme(std::string_view scheme) {
+    return scheme == "http" || scheme == "https" || scheme == "ws" || scheme == "wss" ||
+           scheme == "ftp" || scheme == "file";
+}
+
+bool isSchemeText(std::string_view scheme) {
+    if (scheme.empty() || !g_ascii_isalpha(scheme.front())) {
+        return false;
+    }
+    return std::all_of(scheme.begin(), scheme.end(), [](char c) {
+        return g_ascii_isalnum(c) || c == '+' || c == '-' || c == '.';
+    });
+}
+
+void appendEscaped(std::string& out, unsigned char c) {
+    static constexpr char hex[] = "0123456789ABCDEF";
+    out.push_back('%');
+    out.push_back(hex[c >> 4]);
+    out.push_back(hex[c & 0x0F]);
+}
+
+// Blanks, control characters and non-ASCII bytes are escaped everywhere; `extra` are the
+// characters a web address escapes in this part as well.
+std::string escaped(std::string_view part, std::string_view extra) {
+    std::string out;
+    out.reserve(part.size());
+    for (const char ch : part) {
+        const auto c = static_cast<unsigned char>(ch);
+        if (c <= 0x20 || c >= 0x7F || extra.find(ch) != std::string_view::npos) {
+            appendEscaped(out, c);
+        } else {
+            out.push_back(ch);
         }
     }
-    return true;
+    return out;
+}
+
+// The host as the URL writes it, from GLib's decoded form; none when it cannot be a host.
+std::optional<std::string> hostText(std::string host, bool webScheme) {
+    if (host.find(':') != std::string::npos) {
+        // An IPv6 literal (GLib checked it); a zone's percent sign is escaped again.
+        std::string literal = "[";
+        for (const char c : toLowerAscii(host)) {
+            if (c == '%') {
+                literal += "%25";
+            } else {
+                literal.push_back(c);
+            }
+        }
+        return literal + "]";
+    }
+    if (!webScheme) {
+        // Anything but the characters a registered name may hold stays escaped.
+        std::string out;
+        for (const char ch : host) {
+            const auto c = static_cast<unsigned char>(ch);
+            static constexpr std::string_view allowed = "-._~!$&'()*+,;=";
+            if (g_ascii_isalnum(ch) || allowed.find(ch) != std::string_view::npos) {
+                out.push_back(ch);
+            } else {
+                appendEscaped(out, c);
+            }
+        }
+        return out;
+    }
+    if (!g_str_is_ascii(host.c_str())) {
+        char* ascii = g_hostname_to_ascii(host.c_str());
+        if (ascii == nullptr) {
+            return std::nullopt;
+        }
+        host = ascii;
+        g_free(ascii);
+    }
+    static constexpr std::string_view forbidden = " #%/:<>?@[\\]^|";
+    for (const char ch : host) {
+        const auto c = static_cast<unsigned char>(ch);
+        if (c < 0x21 || c >= 0x7F || forbidden.find(ch) != std::string_view::npos) {
+            return std::nullopt;
+        }
+    }
+    return toLowerAscii(host);
 }
 
 } // namespace
 
 std::optional<Url> Url::parse(std::string_view text) {
-    const auto colon = text.find(':');
-    if (colon == std::string_view::npos || colon == 0 || !isAsciiAlpha(text[0])) {
+    const UriPtr uri = parseUri(text);
+    if (!uri) {
         return std::nullopt;
     }
-    const std::string_view scheme = text.substr(0, colon);
-    if (!std::all_of(scheme.begin(), scheme.end(), [](char c) {
-            return isAsciiAlpha(c) || isAsciiDigit(c) || c == '+' || c == '-' || c == '.';
-        })) {
-        return std::nullopt;
-    }
-    if (!hasOnlyUriCharacters(text) || std::count(text.begin(), text.end(), '#') > 1) {
-        return std::nullopt;
-    }
-
     Url url;
-    url.text_ = std::string(text);
-    url.scheme_ = toLowerAscii(scheme);
+    url.scheme_ = toLowerAscii(g_uri_get_scheme(uri.get()));
+    const bool webScheme = isWebScheme(url.scheme_);
+    const char* host = g_uri_get_host(uri.get());
+    const std::string path = orEmpty(g_uri_get_path(uri.get()));
+    const char* query = g_uri_get_query(uri.get());
+    const char* fragment = g_uri_get_fragment(uri.get());
 
-    std::string_view rest = text.substr(colon + 1);
-    if (rest.substr(0, 2) == "//") {
-        std::string_view authority = rest.substr(2);
-        authority = authority.substr(0, authority.find_first_of("/?#"));
-        if (const auto at = authority.rfind('@'); at != std::string_view::npos) {
-            authority.remove_prefix(at + 1);
-        }
-        std::string_view host = authority;
-        std::string_view port;
-        if (!authority.empty() && authority.front() == '[') {
-            const auto close = authority.find(']');
-            if (close == std::string_view::npos) {
-                return std::nullopt;
-            }
-            host = authority.substr(0, close + 1);
-            const std::string_view after = authority.substr(close + 1);
-            if (!after.empty()) {
-                if (after.front() != ':') {
-                    return std::nullopt;
-                }
-                port = after.substr(1);
-            }
-        } else if (const auto portColon = authority.rfind(':');
-                   portColon != std::string_view::npos) {
-            host = authority.substr(0, portColon);
-            port = authority.substr(portColon + 1);
-        }
-        if (host.find_first_of("[]") != std::string_view::npos && host.front() != '[') {
+    url.text_ = url.scheme_ + ":";
+    if (host != nullptr) {
+        // The relaxed mode reads `http://a;b/c` as host and path "a" and ";b/c".
+        if (!path.empty() && path.front() != '/') {
             return std::nullopt;
         }
-        if (!port.empty()) {
-            // Digits only: from_chars would also take a minus sign.
-            if (!std::all_of(port.begin(), port.end(), isAsciiDigit)) {
-                return std::nullopt;
-            }
-            int number = 0;
-            const auto [end, error] =
-                std::from_chars(port.data(), port.data() + port.size(), number);
-            if (error != std::errc{} || end != port.data() + port.size() || number > 65535) {
-                return std::nullopt;
-            }
-            url.port_ = number;
+        std::optional<std::string> written = hostText(host, webScheme);
+        if (!written || (written->empty() && webScheme && url.scheme_ != "file")) {
+            return std::nullopt;
         }
-        url.host_ = std::string(host);
+        url.host_ = *written;
+        url.text_ += "//";
+        if (const char* userinfo = g_uri_get_userinfo(uri.get())) {
+            url.text_ += escaped(userinfo, webScheme ? "\"<>`" : "") + "@";
+        }
+        url.text_ += url.host_;
+        if (const int port = g_uri_get_port(uri.get()); port >= 0) {
+            url.port_ = port;
+            url.text_ += ":" + std::to_string(port);
+        }
+    } else if (webScheme && url.scheme_ != "file") {
+        return std::nullopt;
     }
+    url.text_ += escaped(path, webScheme ? "\"<>`{}" : "");
+    if (query != nullptr) {
+        url.text_ += "?" + escaped(query, webScheme ? "\"<>'" : "");
+    }
+    if (fragment != nullptr) {
+        url.text_ += "#" + escaped(fragment, webScheme ? "\"<>`" : "");
+    }
+    return url;
+}
+
+std::optional<Url> Url::fromEngine(std::string_view text) {
+    Url url;
+    url.text_ = std::string(text);
+    if (const UriPtr uri = parseUri(text)) {
+        url.scheme_ = toLowerAscii(g_uri_get_scheme(uri.get()));
+        if (const char* host = g_uri_get_host(uri.get())) {
+            url.host_ = hostText(host, isWebScheme(url.scheme_)).value_or(std::string());
+        }
+        if (const int port = g_uri_get_port(uri.get()); port >= 0) {
+            url.port_ = port;
+        }
+        return url;
+    }
+    const std::string_view scheme = text.substr(0, text.find(':'));
+    if (scheme.size() == text.size() || !isSchemeText(scheme)) {
+        return std::nullopt;
+    }
+    url.scheme_ = toLowerAscii(scheme);
     return url;
 }
 

@@ -113,7 +113,7 @@ TEST_F(BrowserTabFavicon, AskedOverHttpsOnTheDefaultPortOfThePageHost) {
     auto tab = makeTab();
     viewOf(*tab).simulateNavigation("http://Shop.Example.test:8080/cart?x=1", "Shop");
     ASSERT_EQ(favicons.requests.size(), 1u);
-    EXPECT_EQ(favicons.requests[0].first, "https://Shop.Example.test/favicon.ico");
+    EXPECT_EQ(favicons.requests[0].first, "https://shop.example.test/favicon.ico");
 
     viewOf(*tab).simulateNavigation("about:blank", "");
     viewOf(*tab).simulateNavigation("file:///tmp/a.html", "");

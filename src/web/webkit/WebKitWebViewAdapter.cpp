@@ -1,5 +1,6 @@
 #include "web/webkit/WebKitWebViewAdapter.h"
 
+#include "web/ContentPolicies.h"
 #include "web/Url.h"
 
 #include "web/webkit/WebKitContentRuleList.h"
@@ -442,16 +443,9 @@ int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* d
 }
 
 std::string WebKitWebViewAdapter::currentHost() const {
-    if (!committedUri_) {
-        return {};
-    }
-    g_autoptr(GUri) uri = g_uri_parse(committedUri_->c_str(), G_URI_FLAGS_NONE, nullptr);
-    const char* host = uri != nullptr ? g_uri_get_host(uri) : nullptr;
-    if (host == nullptr) {
-        return {};
-    }
-    g_autofree char* lower = g_ascii_strdown(host, -1);
-    return lower;
+    // The same key the browser state files the site's rule under.
+    const std::optional<Url> url = committedUri_ ? Url::fromEngine(*committedUri_) : std::nullopt;
+    return url ? siteRuleKey(*url).value_or(std::string()) : std::string();
 }
 
 int WebKitWebViewAdapter::onPermissionRequest(WebKitWebView*, WebKitPermissionRequest* request,
