@@ -3,8 +3,8 @@
 #include "FreshEngine.h"
 #include "TestPages.h"
 #include "app/GlibMainQueue.h"
-#include "state/BrowserState.h"
 #include "records/MemorySettingsStore.h"
+#include "state/BrowserState.h"
 #include "support/FakeClock.h"
 #include "support/FolderDesktop.h"
 #include "support/GtkTestEnvironment.h"
@@ -69,6 +69,20 @@ protected:
         state.reset();
         gtk_window_destroy(GTK_WINDOW(window));
         engine.reset();
+    }
+
+    // Quits and starts the browser again on the same settings, as at the next launch.
+    void relaunch() {
+        if (watchedView != nullptr) {
+            g_signal_handlers_disconnect_by_data(watchedView, this);
+            watchedView = nullptr;
+        }
+        selectionConnection.disconnect();
+        state.reset();
+        state = BrowserState::create(
+            BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
+        showSelectedTab();
+        selectionConnection = state->changed.connect([this] { showSelectedTab(); });
     }
 
     BrowserTab& tab() { return *state->tabs.get().at(std::size_t(state->selectedIndex.get())); }
