@@ -148,6 +148,12 @@ void BrowserState::cancelDownload(const DownloadRecord& record) {
         entry.status = DownloadStatus::Cancelled;
         entry.progress = 0.0;
     });
+    // The transfer stops too, in whichever tab started it.
+    for (const auto& tab : tabs.get()) {
+        if (tab->cancelDownload(record.id)) {
+            break;
+        }
+    }
 }
 
 } // namespace ovel

@@ -1,11 +1,13 @@
 #include "web/BrowserTab.h"
 
 #include "web/Desktop.h"
-#include "web/MainQueue.h"
-#include "web/UuidSource.h"
 #include "web/DownloadNaming.h"
+#include "web/MainQueue.h"
 #include "web/StartPage.h"
+#include "web/UuidSource.h"
 #include "web/WebEngine.h"
+
+#include <algorithm>
 
 namespace ovel {
 
@@ -18,8 +20,8 @@ std::shared_ptr<BrowserTab> BrowserTab::create(const BrowserServices& services, 
 }
 
 BrowserTab::BrowserTab(const BrowserServices& services)
-    : activeDownloadID(services.uuids.makeUuid()), services_(services),
-      id_(services.uuids.makeUuid()), webView_(services.engine.createWebView(*this)) {}
+    : services_(services), id_(services.uuids.makeUuid()),
+      webView_(services.engine.createWebView(*this)) {}
 
 BrowserTab::~BrowserTab() = default;
 
@@ -81,6 +83,9 @@ NavigationResponsePolicy BrowserTab::decidePolicy(const NavigationResponse& resp
 }
 
 void BrowserTab::navigationDidBecomeDownload(std::shared_ptr<Download> download) {
+    // A transfer that ended without a word (abandoned for want of a folder) is gone by now.
+    std::erase_if(transfers_, [](const Transfer& transfer) { return transfer.download.expired(); });
+    transfers_.push_back(Transfer{download.get(), download, std::nullopt, {}, std::nullopt, false});
     download->setDelegate(weak_from_this());
     postToSelf([](BrowserTab& tab) { tab.lastDownloadMessage.set("Starting download..."); });
 }
@@ -101,7 +106,8 @@ PermissionDecision BrowserTab::decideSitePermission(std::string_view host,
     return onSitePermissionRequest(toLowerAscii(host), kind);
 }
 
-std::optional<std::string> BrowserTab::decideDestination(std::string_view suggestedFilename) {
+std::optional<std::string> BrowserTab::decideDestination(Download& download,
+                                                         std::string_view suggestedFilename) {
     const std::optional<std::string> folder = services_.desktop.downloadsFolder();
     if (!folder) {
         return std::nullopt;
@@ -111,38 +117,73 @@ std::optional<std::string> BrowserTab::decideDestination(std::string_view sugges
         uniqueDownloadURL(*folder, suggestedFilename,
                           [&desktop](std::string_view path) { return desktop.fileExists(path); });
     const std::string fileName = destination.substr(destination.rfind('/') + 1);
-    postToSelf([destination, fileName](BrowserTab& tab) {
-        tab.activeDownloadID = tab.services_.uuids.makeUuid();
-        tab.activeDownloadName = fileName;
-        tab.activeDownloadSourceURL = tab.webView_->url();
-        tab.lastDownloadMessage.set("Downloading " + fileName);
+    Transfer* transfer = transferFor(download);
+    if (transfer == nullptr) {
+        transfers_.push_back(Transfer{&download, {}, std::nullopt, {}, std::nullopt, false});
+        transfer = &transfers_.back();
+    }
+    // The page the tab shows as the download starts, not the address of the file.
+    transfer->id = services_.uuids.makeUuid();
+    transfer->fileName = fileName;
+    transfer->sourceURL = webView_->url();
+    postToSelf([event = DownloadEvent{*transfer->id, fileName, transfer->sourceURL, destination,
+                                      DownloadStatus::Started, 0.08}](BrowserTab& tab) {
+        tab.lastDownloadMessage.set("Downloading " + event.fileName);
         if (tab.onDownloadEvent) {
-            tab.onDownloadEvent(DownloadEvent{tab.activeDownloadID, fileName,
-                                              tab.activeDownloadSourceURL, destination,
-                                              DownloadStatus::Started, 0.08});
+            tab.onDownloadEvent(event);
         }
     });
     return destination;
 }
 
-void BrowserTab::downloadDidFinish() {
-    postToSelf([](BrowserTab& tab) {
-        tab.lastDownloadMessage.set("Download finished");
-        if (tab.onDownloadEvent) {
-            tab.onDownloadEvent(DownloadEvent{tab.activeDownloadID, tab.activeDownloadName,
-                                              tab.activeDownloadSourceURL, std::nullopt,
-                                              DownloadStatus::Finished, 1.0});
-        }
-    });
+void BrowserTab::downloadDidFinish(Download& download) {
+    endTransfer(download, DownloadStatus::Finished, "Download finished");
 }
 
-void BrowserTab::downloadDidFail(std::string_view errorMessage) {
-    postToSelf([message = std::string(errorMessage)](BrowserTab& tab) {
-        tab.lastDownloadMessage.set("Download failed: " + message);
+void BrowserTab::downloadDidFail(Download& download, std::string_view errorMessage) {
+    const Transfer* transfer = transferFor(download);
+    if (transfer != nullptr && transfer->cancelled) {
+        // The engine reports a cancel as a failure; the user asked for it.
+        endTransfer(download, DownloadStatus::Cancelled, {});
+        return;
+    }
+    endTransfer(download, DownloadStatus::Failed, "Download failed: " + std::string(errorMessage));
+}
+
+bool BrowserTab::cancelDownload(const Uuid& id) {
+    for (Transfer& transfer : transfers_) {
+        if (transfer.id == id && !transfer.cancelled) {
+            if (auto download = transfer.download.lock()) {
+                transfer.cancelled = true;
+                download->cancel();
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+BrowserTab::Transfer* BrowserTab::transferFor(const Download& download) {
+    auto it = std::find_if(transfers_.begin(), transfers_.end(),
+                           [&](const Transfer& transfer) { return transfer.key == &download; });
+    return it == transfers_.end() ? nullptr : &*it;
+}
+
+void BrowserTab::endTransfer(Download& download, DownloadStatus status, std::string message) {
+    auto it = std::find_if(transfers_.begin(), transfers_.end(),
+                           [&](const Transfer& transfer) { return transfer.key == &download; });
+    if (it == transfers_.end() || !it->id) {
+        return;
+    }
+    const double progress = status == DownloadStatus::Finished ? 1.0 : 0.0;
+    DownloadEvent event{*it->id, it->fileName, it->sourceURL, std::nullopt, status, progress};
+    transfers_.erase(it);
+    postToSelf([event = std::move(event), message = std::move(message)](BrowserTab& tab) {
+        if (!message.empty()) {
+            tab.lastDownloadMessage.set(message);
+        }
         if (tab.onDownloadEvent) {
-            tab.onDownloadEvent(DownloadEvent{tab.activeDownloadID, tab.activeDownloadName,
-                                              tab.activeDownloadSourceURL, std::nullopt,
-                                              DownloadStatus::Failed, 0.0});
+            tab.onDownloadEvent(event);
         }
     });
 }

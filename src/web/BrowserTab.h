@@ -1,10 +1,10 @@
 #pragma once
 
-#include "web/Published.h"
 #include "records/Records.h"
 #include "web/BrowserServices.h"
 #include "web/Download.h"
 #include "web/FaviconFetcher.h"
+#include "web/Published.h"
 #include "web/Url.h"
 #include "web/WebView.h"
 
@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ovel {
 
@@ -64,14 +65,12 @@ public:
     std::function<PermissionDecision(std::string_view host, SitePermissionKind)>
         onSitePermissionRequest;
 
-    // The one download this tab tracks at a time.
-    std::string activeDownloadName = "File";
-    Uuid activeDownloadID;
-    std::optional<std::string> activeDownloadSourceURL;
-
     // Leaves any internal page and loads `url` with the 60-second time-out.
     void load(const Url& url);
     void loadStartPage(BrowserTheme theme);
+    // Stops the transfer of this tab's download `id`; false when the tab has no such transfer
+    // under way. Its end is then reported as cancelled.
+    bool cancelDownload(const Uuid& id);
 
     // WebViewDelegate
     void didStartProvisionalNavigation() override;
@@ -87,12 +86,27 @@ public:
                                             SitePermissionKind kind) override;
 
     // DownloadDelegate
-    std::optional<std::string> decideDestination(std::string_view suggestedFilename) override;
-    void downloadDidFinish() override;
-    void downloadDidFail(std::string_view errorMessage) override;
+    std::optional<std::string> decideDestination(Download& download,
+                                                 std::string_view suggestedFilename) override;
+    void downloadDidFinish(Download& download) override;
+    void downloadDidFail(Download& download, std::string_view errorMessage) override;
 
 private:
     explicit BrowserTab(const BrowserServices& services);
+
+    // One transfer this tab started, from the engine's hand-over to its end: each keeps its own
+    // identity, name and source, however many run at once.
+    struct Transfer {
+        const Download* key = nullptr;
+        std::weak_ptr<Download> download;
+        std::optional<Uuid> id; // none until its destination is chosen
+        std::string fileName;
+        std::optional<std::string> sourceURL;
+        bool cancelled = false;
+    };
+    Transfer* transferFor(const Download& download);
+    // Reports the end of `download` under its own identity and forgets it.
+    void endTransfer(Download& download, DownloadStatus status, std::string message);
 
     void fetchFavicon();
     // Runs `task` on the main queue later, only if this tab still exists then.
@@ -100,6 +114,7 @@ private:
 
     BrowserServices services_;
     Uuid id_;
+    std::vector<Transfer> transfers_;
     // Declared last so it goes first: the view never calls back into a half-destroyed tab.
     std::unique_ptr<WebView> webView_;
 };

@@ -15,15 +15,16 @@ public:
     std::optional<std::string> folder;
     std::vector<std::string> events;
 
-    std::optional<std::string> decideDestination(std::string_view suggestedFilename) override {
+    std::optional<std::string> decideDestination(Download&,
+                                                 std::string_view suggestedFilename) override {
         events.push_back("destination " + std::string(suggestedFilename));
         if (!folder) {
             return std::nullopt;
         }
         return *folder + "/" + std::string(suggestedFilename);
     }
-    void downloadDidFinish() override { events.push_back("finish"); }
-    void downloadDidFail(std::string_view errorMessage) override {
+    void downloadDidFinish(Download&) override { events.push_back("finish"); }
+    void downloadDidFail(Download&, std::string_view errorMessage) override {
         events.push_back("fail " + std::string(errorMessage));
     }
 };

@@ -1,4 +1,5 @@
 #include "support/BrowserFixture.h"
+#include "support/FakeDownload.h"
 #include "web/DownloadNaming.h"
 
 #include <set>
@@ -136,26 +137,41 @@ TEST_F(DownloadsList, ListOperationsChangeOnlyTheEntry) {
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/");
 }
 
-TEST_F(DownloadsList, TheTabNamesTheFileAndReportsItsProgress) {
+TEST_F(DownloadsList, EachTransferOfATabKeepsItsOwnEntry) {
     launch();
     showPage(0, "https://page.test/files", "Files");
     desktop.existingFiles = {"/home/user/Downloads/a.zip"};
     auto tab = state->selectedTab();
-    EXPECT_EQ(tab->decideDestination("a.zip"), "/home/user/Downloads/a-1.zip");
-    tab->downloadDidFail("Connection reset");
+    auto first = std::make_shared<FakeDownload>();
+    auto second = std::make_shared<FakeDownload>();
+    tab->navigationDidBecomeDownload(first);
+    tab->navigationDidBecomeDownload(second);
+    EXPECT_EQ(tab->decideDestination(*first, "a.zip"), "/home/user/Downloads/a-1.zip");
+    EXPECT_EQ(tab->decideDestination(*second, "b.zip"), "/home/user/Downloads/b.zip");
+    tab->downloadDidFail(*first, "Connection reset");
     mainQueue.drain();
     EXPECT_EQ(tab->lastDownloadMessage.get(), "Download failed: Connection reset");
-    ASSERT_EQ(state->downloads->size(), 1u);
-    const DownloadRecord record = state->downloads->front();
-    EXPECT_EQ(record.fileName, "a-1.zip");
-    EXPECT_EQ(record.sourceURL, "https://page.test/files");
-    EXPECT_EQ(record.destinationPath, "/home/user/Downloads/a-1.zip");
-    EXPECT_EQ(record.status, DownloadStatus::Failed);
+    ASSERT_EQ(state->downloads->size(), 2u);
+    const DownloadRecord a = state->downloads->at(1);
+    EXPECT_EQ(a.fileName, "a-1.zip");
+    EXPECT_EQ(a.sourceURL, "https://page.test/files");
+    EXPECT_EQ(a.destinationPath, "/home/user/Downloads/a-1.zip");
+    EXPECT_EQ(a.status, DownloadStatus::Failed) << "the first transfer's end is its own";
+    EXPECT_EQ(state->downloads->at(0).status, DownloadStatus::Started);
+
+    state->cancelDownload(state->downloads->at(0));
+    EXPECT_EQ(second->cancels, 1) << "cancel stops the transfer";
+    tab->downloadDidFail(*second, "Cancelled");
+    mainQueue.drain();
+    EXPECT_EQ(state->downloads->at(0).status, DownloadStatus::Cancelled)
+        << "the engine's report of a cancel is no failure";
 
     desktop.downloads.reset();
-    EXPECT_FALSE(tab->decideDestination("b.zip")) << "no Downloads folder abandons the download";
+    auto third = std::make_shared<FakeDownload>();
+    tab->navigationDidBecomeDownload(third);
+    EXPECT_FALSE(tab->decideDestination(*third, "c.zip")) << "no Downloads folder abandons it";
     mainQueue.drain();
-    EXPECT_EQ(state->downloads->size(), 1u);
+    EXPECT_EQ(state->downloads->size(), 2u);
 }
 
 } // namespace
