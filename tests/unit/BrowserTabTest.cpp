@@ -59,14 +59,6 @@ TEST_F(BrowserTabNavigation, FinishingAPageUpdatesFieldsInOrderThenReports) {
     connection.disconnect();
 }
 
-TEST_F(BrowserTabNavigation, AMissingTitleIsUntitledButAnEmptyOneStaysEmpty) {
-    auto tab = makeTab();
-    viewOf(*tab).simulateNavigation("https://a.test/", std::nullopt);
-    EXPECT_EQ(tab->title.get(), "Untitled");
-    viewOf(*tab).simulateNavigation("https://b.test/", "");
-    EXPECT_EQ(tab->title.get(), "");
-}
-
 TEST_F(BrowserTabNavigation, AFailedLoadOnlyClearsTheLoadingFlag) {
     auto tab = makeTab();
     FakeWebView& view = viewOf(*tab);

@@ -239,8 +239,12 @@ std::optional<std::string> WebKitWebViewAdapter::url() const {
 }
 
 std::optional<std::string> WebKitWebViewAdapter::title() const {
-    // WebKit resets the title to empty at each commit and has no "no title": empty is none.
-    return nonEmpty(webkit_web_view_get_title(view_.get()));
+    // WebKit resets the title to empty at each commit and has no "no title": empty is none,
+    // unless the page was found to have an empty title element.
+    if (auto title = nonEmpty(webkit_web_view_get_title(view_.get()))) {
+        return title;
+    }
+    return hasEmptyTitle_ ? std::optional<std::string>(std::string()) : std::nullopt;
 }
 
 // There are no can-go-back properties to observe; the back-forward list is current by the time
@@ -309,6 +313,8 @@ void WebKitWebViewAdapter::addUserScript(const UserScript& script) {
 void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebViewAdapter* self) {
     switch (static_cast<WebKitLoadEvent>(event)) {
     case WEBKIT_LOAD_STARTED:
+        self->hasEmptyTitle_ = false;
+        ++self->titleQuery_;
         // A navigation that replaces the timed one first fails it, which ends the time-out.
         if (self->timedLoadPending_) {
             self->timedLoadPending_ = false;
@@ -319,6 +325,8 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
     case WEBKIT_LOAD_REDIRECTED:
         break;
     case WEBKIT_LOAD_COMMITTED:
+        self->hasEmptyTitle_ = false;
+        ++self->titleQuery_;
         self->noteCommittedUri();
         break;
     case WEBKIT_LOAD_FINISHED:
@@ -336,6 +344,7 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
             self->sequencer_.loadFinished(LoadEventSequencer::Title::Absent);
         } else {
             self->sequencer_.loadFinished(LoadEventSequencer::Title::Pending);
+            self->askForTitleElement();
         }
         self->releaseHeldLoad();
         break;
@@ -391,6 +400,33 @@ void WebKitWebViewAdapter::noteCommittedUri() {
 void WebKitWebViewAdapter::onProgressChanged(WebKitWebView*, GParamSpec*,
                                              WebKitWebViewAdapter* self) {
     self->delegate_.estimatedProgressDidChange();
+}
+
+void WebKitWebViewAdapter::askForTitleElement() {
+    // WebKit reports an empty <title></title> as no title at all; the page itself can tell. (A
+    // title WebKit has not passed on yet reads as itself here, not as empty.)
+    static constexpr std::string_view script =
+        "document.querySelector('title') !== null && document.title === ''";
+    webkit_web_view_evaluate_javascript(view_.get(), script.data(), gssize(script.size()), nullptr,
+                                        nullptr, nullptr, &onTitleElementAnswer,
+                                        GUINT_TO_POINTER(titleQuery_));
+}
+
+void WebKitWebViewAdapter::onTitleElementAnswer(GObject* view, GAsyncResult* result, void* query) {
+    GError* error = nullptr;
+    JSCValue* answer =
+        webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, &error);
+    const bool hasTitleElement = answer != nullptr && jsc_value_to_boolean(answer);
+    g_clear_object(&answer);
+    g_clear_error(&error);
+    // The view outlives the call (the call holds it); the adapter may be gone.
+    auto* self = forWebKitView(WEBKIT_WEB_VIEW(view));
+    if (self == nullptr || GPOINTER_TO_UINT(query) != self->titleQuery_ || !hasTitleElement ||
+        nonEmpty(webkit_web_view_get_title(WEBKIT_WEB_VIEW(view)))) {
+        return;
+    }
+    self->hasEmptyTitle_ = true;
+    self->sequencer_.titleChanged(true);
 }
 
 int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, int type,

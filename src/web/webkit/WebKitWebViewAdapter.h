@@ -1,9 +1,9 @@
 #pragma once
 
-#include "web/WebView.h"
 #include "gutil/GLibTimer.h"
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
+#include "web/WebView.h"
 #include "web/webkit/LoadEventSequencer.h"
 #include "web/webkit/PermissionPrompter.h"
 
@@ -18,6 +18,7 @@ typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitDownload WebKitDownload;
 typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
 typedef struct _WebKitPermissionRequest WebKitPermissionRequest;
+typedef struct _GAsyncResult GAsyncResult;
 
 namespace ovel {
 
@@ -74,6 +75,7 @@ private:
     static void onLoadingChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onUriChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onProgressChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
+    static void onTitleElementAnswer(GObject* view, GAsyncResult* result, void* query);
     static int onDecidePolicy(WebKitWebView* view, WebKitPolicyDecision* decision, int type,
                               WebKitWebViewAdapter* self);
     static int onPermissionRequest(WebKitWebView* view, WebKitPermissionRequest* request,
@@ -91,6 +93,8 @@ private:
     // Drops the time-out of the last load(), which no longer concerns what is loading.
     void forgetTimedLoad();
     void timedLoadExpired();
+    // Asks the page whether it has a title element, once WebKit reports no title.
+    void askForTitleElement();
 
     GObjectRef<WebKitWebView> view_;
     WebViewDelegate& delegate_;
@@ -107,6 +111,10 @@ private:
     bool timedLoadPending_ = false;
     // The load() with a time-out is the navigation under way.
     bool timedLoadRunning_ = false;
+    // The page shown has a title element whose text is empty.
+    bool hasEmptyTitle_ = false;
+    // Counts the pages: an answer about the title element of an earlier one is dropped.
+    unsigned titleQuery_ = 0;
     // The last thing asked for was generated HTML without a title element.
     bool showingTitlelessHTML_ = false;
     bool firstLoadAsked_ = false;
