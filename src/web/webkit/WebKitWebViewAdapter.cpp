@@ -85,6 +85,7 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     signals_.connect(view, "notify::title", G_CALLBACK(&onTitleChanged), this);
     signals_.connect(view, "notify::uri", G_CALLBACK(&onUriChanged), this);
     signals_.connect(view, "notify::estimated-load-progress", G_CALLBACK(&onProgressChanged), this);
+    signals_.connect(view, "resource-load-started", G_CALLBACK(&onResourceLoadStarted), this);
     signals_.connect(view, "notify::is-loading", G_CALLBACK(&onLoadingChanged), this);
     signals_.connect(view, "decide-policy", G_CALLBACK(&onDecidePolicy), this);
     signals_.connect(view, "permission-request", G_CALLBACK(&onPermissionRequest), this);
@@ -126,8 +127,11 @@ void WebKitWebViewAdapter::load(const LoadRequest& request) {
     requestedUri_ = request.url;
     requestLoad([this, request] {
         showingTitlelessHTML_ = false;
-        // WebKit has no request time-out of its own: a timer from the start of the load stops it.
-        loadTimer_.start(request.timeout, [this] { timedLoadExpired(); });
+        // WebKit has no request time-out of its own. The timer stops a load that has gone this
+        // long without anything arriving; every arrival starts it over, so a slow page that
+        // keeps sending is never cut off.
+        idleTimeout_ = request.timeout;
+        loadTimer_.start(idleTimeout_, [this] { timedLoadExpired(); });
         timedLoadPending_ = true;
         timedLoadRunning_ = false;
         webkit_web_view_load_uri(view_.get(), request.url.c_str());
@@ -206,6 +210,12 @@ void WebKitWebViewAdapter::forgetTimedLoad() {
     loadTimer_.cancel();
     timedLoadPending_ = false;
     timedLoadRunning_ = false;
+}
+
+void WebKitWebViewAdapter::noteActivity() {
+    if (timedLoadPending_ || timedLoadRunning_) {
+        loadTimer_.start(idleTimeout_, [this] { timedLoadExpired(); });
+    }
 }
 
 void WebKitWebViewAdapter::timedLoadExpired() {
@@ -399,7 +409,26 @@ void WebKitWebViewAdapter::noteCommittedUri() {
 
 void WebKitWebViewAdapter::onProgressChanged(WebKitWebView*, GParamSpec*,
                                              WebKitWebViewAdapter* self) {
+    // WebKit's estimate moves as the page's bytes arrive.
+    self->noteActivity();
     self->delegate_.estimatedProgressDidChange();
+}
+
+void WebKitWebViewAdapter::onResourceLoadStarted(WebKitWebView* view, WebKitWebResource* resource,
+                                                 WebKitURIRequest*, WebKitWebViewAdapter* self) {
+    self->noteActivity();
+    // A resource's response and its end count as arrivals too. Connected through the view, so
+    // an adapter that is gone is not called.
+    g_signal_connect_object(resource, "notify::response", G_CALLBACK(&onResourceEvent), view,
+                            G_CONNECT_SWAPPED);
+    g_signal_connect_object(resource, "finished", G_CALLBACK(&onResourceEvent), view,
+                            G_CONNECT_SWAPPED);
+}
+
+void WebKitWebViewAdapter::onResourceEvent(WebKitWebView* view) {
+    if (auto* self = forWebKitView(view)) {
+        self->noteActivity();
+    }
 }
 
 void WebKitWebViewAdapter::askForTitleElement() {
