@@ -41,39 +41,6 @@ TEST_F(BrowserTabNavigation, ANewTabStartsBlankOrOnTheMidnightStartPage) {
     EXPECT_NE(start->id(), tab->id());
 }
 
-TEST_F(BrowserTabNavigation, FinishingAPageUpdatesFieldsInOrderThenReports) {
-    auto tab = makeTab();
-    std::vector<std::string> events;
-    auto connection = tab->changed.connect(
-        [&] { events.push_back(tab->isLoading.get() ? "loading" : "idle:" + tab->title.get()); });
-    tab->onPageUpdate = [&](WebView& view) {
-        events.push_back("update " + view.url().value_or("-") + " " + tab->title.get());
-    };
-    FakeWebView& view = viewOf(*tab);
-    view.backAvailable = true;
-    view.simulateNavigation("https://a.test/", "A");
-    EXPECT_EQ(events, (std::vector<std::string>{"loading", "loading", "loading", "loading",
-                                                "idle:A", "update https://a.test/ A"}));
-    EXPECT_TRUE(tab->canGoBack.get());
-    EXPECT_FALSE(tab->canGoForward.get());
-    connection.disconnect();
-}
-
-TEST_F(BrowserTabNavigation, AFailedLoadOnlyClearsTheLoadingFlag) {
-    auto tab = makeTab();
-    FakeWebView& view = viewOf(*tab);
-    view.backAvailable = true;
-    view.simulateNavigation("https://a.test/", "A");
-    int pageUpdates = 0;
-    tab->onPageUpdate = [&](WebView&) { ++pageUpdates; };
-    view.backAvailable = false;
-    view.simulateFailure();
-    EXPECT_FALSE(tab->isLoading.get());
-    EXPECT_EQ(tab->title.get(), "A");
-    EXPECT_TRUE(tab->canGoBack.get());
-    EXPECT_EQ(pageUpdates, 0);
-}
-
 TEST_F(BrowserTabNavigation, LoadLeavesInternalPagesWithTheSixtySecondTimeout) {
     auto tab = makeTab();
     tab->displayAddress.set("ovel://settings");

@@ -1,5 +1,4 @@
 #include "support/BrowserFixture.h"
-#include "support/FakeDownload.h"
 #include "web/DownloadNaming.h"
 
 #include <set>
@@ -135,43 +134,6 @@ TEST_F(DownloadsList, ListOperationsChangeOnlyTheEntry) {
     EXPECT_EQ(desktop.revealed, std::vector<std::string>{"/dl/B.bin"});
     state->retryDownload(state->downloads.get()[0]);
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/");
-}
-
-TEST_F(DownloadsList, EachTransferOfATabKeepsItsOwnEntry) {
-    launch();
-    showPage(0, "https://page.test/files", "Files");
-    desktop.existingFiles = {"/home/user/Downloads/a.zip"};
-    auto tab = state->selectedTab();
-    auto first = std::make_shared<FakeDownload>();
-    auto second = std::make_shared<FakeDownload>();
-    tab->navigationDidBecomeDownload(first);
-    tab->navigationDidBecomeDownload(second);
-    EXPECT_EQ(tab->decideDestination(*first, "a.zip"), "/home/user/Downloads/a-1.zip");
-    EXPECT_EQ(tab->decideDestination(*second, "b.zip"), "/home/user/Downloads/b.zip");
-    tab->downloadDidFail(*first, "Connection reset");
-    mainQueue.drain();
-    EXPECT_EQ(tab->lastDownloadMessage.get(), "Download failed: Connection reset");
-    ASSERT_EQ(state->downloads->size(), 2u);
-    const DownloadRecord a = state->downloads->at(1);
-    EXPECT_EQ(a.fileName, "a-1.zip");
-    EXPECT_EQ(a.sourceURL, "https://page.test/files");
-    EXPECT_EQ(a.destinationPath, "/home/user/Downloads/a-1.zip");
-    EXPECT_EQ(a.status, DownloadStatus::Failed) << "the first transfer's end is its own";
-    EXPECT_EQ(state->downloads->at(0).status, DownloadStatus::Started);
-
-    state->cancelDownload(state->downloads->at(0));
-    EXPECT_EQ(second->cancels, 1) << "cancel stops the transfer";
-    tab->downloadDidFail(*second, "Cancelled");
-    mainQueue.drain();
-    EXPECT_EQ(state->downloads->at(0).status, DownloadStatus::Cancelled)
-        << "the engine's report of a cancel is no failure";
-
-    desktop.downloads.reset();
-    auto third = std::make_shared<FakeDownload>();
-    tab->navigationDidBecomeDownload(third);
-    EXPECT_FALSE(tab->decideDestination(*third, "c.zip")) << "no Downloads folder abandons it";
-    mainQueue.drain();
-    EXPECT_EQ(state->downloads->size(), 2u);
 }
 
 } // namespace
