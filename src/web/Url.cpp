@@ -87,11 +87,12 @@ std::optional<std::string> hostText(std::string host, bool webScheme) {
         return literal + "]";
     }
     if (!webScheme) {
-        // Anything but the characters a registered name may hold stays escaped.
+        // Anything but the characters a registered name may hold stays escaped, and so does a
+        // semicolon, which GLib's relaxed mode would take for the end of the host.
         std::string out;
         for (const char ch : host) {
             const auto c = static_cast<unsigned char>(ch);
-            static constexpr std::string_view allowed = "-._~!$&'()*+,;=";
+            static constexpr std::string_view allowed = "-._~!$&'()*+,=";
             if (g_ascii_isalnum(ch) || allowed.find(ch) != std::string_view::npos) {
                 out.push_back(ch);
             } else {
@@ -108,7 +109,8 @@ std::optional<std::string> hostText(std::string host, bool webScheme) {
         host = ascii;
         g_free(ascii);
     }
-    static constexpr std::string_view forbidden = " #%/:<>?@[\\]^|";
+    // What a web host may not hold, and a semicolon (see above).
+    static constexpr std::string_view forbidden = " #%/:;<>?@[\\]^|";
     for (const char ch : host) {
         const auto c = static_cast<unsigned char>(ch);
         if (c < 0x21 || c >= 0x7F || forbidden.find(ch) != std::string_view::npos) {

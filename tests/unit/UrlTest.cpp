@@ -66,6 +66,8 @@ TEST(Url, TypedTextIsEncodedNotRefused) {
         {"http://a.test:8x/", nullptr, std::nullopt},
         {"http://[::1/", nullptr, std::nullopt},
         {"http://bad host.test/", nullptr, std::nullopt},
+        {"foo://a%3Bb/100%", "foo://a%3Bb/100%", std::nullopt},
+        {"http://a%3Bb/", nullptr, std::nullopt},
         {"http://", nullptr, std::nullopt},
         {"a.test/x", nullptr, std::nullopt},
     };
