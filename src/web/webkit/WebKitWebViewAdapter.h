@@ -93,7 +93,7 @@ private:
     // Called at every end of a load: the first one to end hands a kept load to WebKit.
     void releaseHeldLoad();
     void noteCommittedUri();
-    // The lower-cased host of the page shown; empty when it has none.
+    // The site-rule key of the page shown (siteRuleKey); empty when it has no host.
     std::string currentHost() const;
     void askUser(WebKitPermissionRequest* request, PermissionQuestion question);
     // Drops the time-out of the last load(), which no longer concerns what is loading.
