@@ -144,7 +144,7 @@ void BrowserTab::downloadDidFail(Download& download, std::string_view errorMessa
     const Transfer* transfer = transferFor(download);
     if (transfer != nullptr && transfer->cancelled) {
         // The engine reports a cancel as a failure; the user asked for it.
-        endTransfer(download, DownloadStatus::Cancelled, {});
+        endTransfer(download, DownloadStatus::Cancelled, "Download cancelled");
         return;
     }
     endTransfer(download, DownloadStatus::Failed, "Download failed: " + std::string(errorMessage));
@@ -179,9 +179,7 @@ void BrowserTab::endTransfer(Download& download, DownloadStatus status, std::str
     DownloadEvent event{*it->id, it->fileName, it->sourceURL, std::nullopt, status, progress};
     transfers_.erase(it);
     postToSelf([event = std::move(event), message = std::move(message)](BrowserTab& tab) {
-        if (!message.empty()) {
-            tab.lastDownloadMessage.set(message);
-        }
+        tab.lastDownloadMessage.set(message);
         if (tab.onDownloadEvent) {
             tab.onDownloadEvent(event);
         }

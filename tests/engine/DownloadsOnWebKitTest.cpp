@@ -348,6 +348,7 @@ TEST_F(DownloadsOnWebKit, CancelStopsTheTransferAndLeavesNoFile) {
     attachments.release();
     runMainLoopFor(1000ms);
     EXPECT_EQ(state->downloads->front().statusLabel(), "Cancelled") << joined(entries);
+    EXPECT_EQ(tab().lastDownloadMessage.get(), "Download cancelled");
     EXPECT_EQ(joined(entries).find("Failed"), std::string::npos) << joined(entries);
     EXPECT_EQ(joined(entries).find("Finished"), std::string::npos) << joined(entries);
     EXPECT_TRUE(treeOf(downloads).empty());
