@@ -2,10 +2,10 @@
 
 #include "state/BrowserState.h"
 
-#include "web/BrowserTab.h"
 #include "web/Clock.h"
-#include "web/ContentPolicies.h"
 #include "web/Desktop.h"
+#include "web/BrowserTab.h"
+#include "web/ContentPolicies.h"
 #include "web/WebEngine.h"
 
 #include <algorithm>

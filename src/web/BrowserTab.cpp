@@ -1,10 +1,10 @@
 #include "web/BrowserTab.h"
 
 #include "web/Desktop.h"
-#include "web/DownloadNaming.h"
 #include "web/MainQueue.h"
-#include "web/StartPage.h"
 #include "web/UuidSource.h"
+#include "web/DownloadNaming.h"
+#include "web/StartPage.h"
 #include "web/WebEngine.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "web/Published.h"
 #include "records/Records.h"
 #include "web/BrowserServices.h"
 #include "web/Download.h"
 #include "web/FaviconFetcher.h"
-#include "web/Published.h"
 #include "web/Url.h"
 #include "web/WebView.h"
 

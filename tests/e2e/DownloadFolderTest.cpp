@@ -1,5 +1,5 @@
-#include "records/RecordsJson.h"
 #include "state/BrowserState.h"
+#include "records/RecordsJson.h"
 #include "support/LoopbackServer.h"
 #include "support/ProcessBrowser.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "web/WebView.h"
 #include "gutil/GLibTimer.h"
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
-#include "web/WebView.h"
 #include "web/webkit/LoadEventSequencer.h"
 #include "web/webkit/PermissionPrompter.h"
 
