@@ -157,6 +157,10 @@ std::optional<Url> Url::parse(std::string_view text) {
         }
     } else if (webScheme && url.scheme_ != "file") {
         return std::nullopt;
+    } else if (path.starts_with("//")) {
+        // GLib removed dot segments ("x:/..//y"); written as it is, the path would read as a
+        // host next time. "/." in front keeps it a path, as a browser writes it.
+        url.text_ += "/.";
     }
     url.text_ += escaped(path, webScheme ? "\"<>`{}" : "");
     if (query != nullptr) {

@@ -68,6 +68,7 @@ TEST(Url, TypedTextIsEncodedNotRefused) {
         {"http://bad host.test/", nullptr, std::nullopt},
         {"foo://a%3Bb/100%", "foo://a%3Bb/100%", std::nullopt},
         {"http://a%3Bb/", nullptr, std::nullopt},
+        {"ovbl:/..//set{/", "ovbl:/.//set{/", std::nullopt},
         {"http://", nullptr, std::nullopt},
         {"a.test/x", nullptr, std::nullopt},
     };
