@@ -75,16 +75,12 @@ std::string escaped(std::string_view part, std::string_view extra) {
 // The host as the URL writes it, from GLib's decoded form; none when it cannot be a host.
 std::optional<std::string> hostText(std::string host, bool webScheme) {
     if (host.find(':') != std::string::npos) {
-        // An IPv6 literal (GLib checked it); a zone's percent sign is escaped again.
-        std::string literal = "[";
-        for (const char c : toLowerAscii(host)) {
-            if (c == '%') {
-                literal += "%25";
-            } else {
-                literal.push_back(c);
-            }
+        // An IPv6 literal. A zone ("%eth0") means nothing outside this machine and browsers
+        // refuse it; GLib lets anything through after the percent sign.
+        if (host.find('%') != std::string::npos || !g_hostname_is_ip_address(host.c_str())) {
+            return std::nullopt;
         }
-        return literal + "]";
+        return "[" + toLowerAscii(host) + "]";
     }
     if (!webScheme) {
         // Anything but the characters a registered name may hold stays escaped, and so does a

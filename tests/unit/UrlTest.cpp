@@ -69,6 +69,8 @@ TEST(Url, TypedTextIsEncodedNotRefused) {
         {"foo://a%3Bb/100%", "foo://a%3Bb/100%", std::nullopt},
         {"http://a%3Bb/", nullptr, std::nullopt},
         {"ovbl:/..//set{/", "ovbl:/.//set{/", std::nullopt},
+        {"http://[::09 o\x87z.]:88/", nullptr, std::nullopt},
+        {"http://[fe80::1%25eth0]/", nullptr, std::nullopt},
         {"http://", nullptr, std::nullopt},
         {"a.test/x", nullptr, std::nullopt},
     };
