@@ -144,7 +144,9 @@ std::optional<Url> Url::parse(std::string_view text) {
         url.host_ = *written;
         url.text_ += "//";
         if (const char* userinfo = g_uri_get_userinfo(uri.get())) {
-            url.text_ += escaped(userinfo, webScheme ? "\"<>`" : "") + "@";
+            // An "@" of the user name is escaped: GLib's strict mode ends the user name at the
+            // first one, its relaxed mode at the last.
+            url.text_ += escaped(userinfo, webScheme ? "@\"<>`" : "@") + "@";
         }
         url.text_ += url.host_;
         if (const int port = g_uri_get_port(uri.get()); port >= 0) {

@@ -71,6 +71,7 @@ TEST(Url, TypedTextIsEncodedNotRefused) {
         {"ovbl:/..//set{/", "ovbl:/.//set{/", std::nullopt},
         {"http://[::09 o\x87z.]:88/", nullptr, std::nullopt},
         {"http://[fe80::1%25eth0]/", nullptr, std::nullopt},
+        {"https://a@b@c.test/100%", "https://a%40b@c.test/100%", std::nullopt},
         {"http://", nullptr, std::nullopt},
         {"a.test/x", nullptr, std::nullopt},
     };
