@@ -30,10 +30,6 @@ UriPtr parseUri(std::string_view text) {
     return UriPtr(uri);
 }
 
-std::string orEmpty(const char* text) {
-    return text != nullptr ? std::string(text) : std::string();
-}
-
 // The schemes whose hosts are DNS names or IP addresses, compared without case.
 bool isWebScheme(std::string_view scheme) {
     return scheme == "http" || scheme == "https" || scheme == "ws" || scheme == "wss" ||
@@ -119,23 +115,45 @@ std::optional<std::string> hostText(std::string host, bool webScheme) {
 } // namespace
 
 std::optional<Url> Url::parse(std::string_view text) {
-    const UriPtr uri = parseUri(text);
-    if (!uri) {
+    // As an address bar does: blanks and control characters at the ends go, tabs and line
+    // breaks inside are dropped.
+    std::string cleaned;
+    for (const char c : text) {
+        if (c != '\t' && c != '\n' && c != '\r') {
+            cleaned.push_back(c);
+        }
+    }
+    const auto isEdge = [](char c) { return static_cast<unsigned char>(c) <= 0x20; };
+    while (!cleaned.empty() && isEdge(cleaned.back())) {
+        cleaned.pop_back();
+    }
+    const auto first = std::find_if_not(cleaned.begin(), cleaned.end(), isEdge);
+    cleaned.erase(cleaned.begin(), first);
+
+    // GLib checks the address and reads its scheme, host and port. The rest is taken from the
+    // text as written, escaped where it must be: GLib would also tidy it (decode escapes of
+    // unreserved characters, remove dot segments), and an address the engine reported must
+    // come out byte for byte as it went in.
+    const UriPtr uri = parseUri(cleaned);
+    const auto colon = cleaned.find(':');
+    if (!uri || colon == std::string::npos) {
         return std::nullopt;
     }
     Url url;
-    url.scheme_ = toLowerAscii(g_uri_get_scheme(uri.get()));
+    url.scheme_ = toLowerAscii(std::string_view(cleaned).substr(0, colon));
     const bool webScheme = isWebScheme(url.scheme_);
+    std::string_view rest = std::string_view(cleaned).substr(colon + 1);
     const char* host = g_uri_get_host(uri.get());
-    const std::string path = orEmpty(g_uri_get_path(uri.get()));
-    const char* query = g_uri_get_query(uri.get());
-    const char* fragment = g_uri_get_fragment(uri.get());
-
     url.text_ = url.scheme_ + ":";
+    if (rest.starts_with("//") != (host != nullptr)) {
+        return std::nullopt; // GLib read it otherwise (its relaxed mode drops blanks)
+    }
     if (host != nullptr) {
-        // The relaxed mode reads `http://a;b/c` as host and path "a" and ";b/c".
-        if (!path.empty() && path.front() != '/') {
-            return std::nullopt;
+        const std::string_view authority = rest.substr(2, rest.find_first_of("/?#", 2) - 2);
+        rest.remove_prefix(2 + authority.size());
+        const auto at = authority.find('@');
+        if (at != authority.rfind('@')) {
+            return std::nullopt; // GLib's two modes split "a@b@c" differently
         }
         std::optional<std::string> written = hostText(host, webScheme);
         if (!written || (written->empty() && webScheme && url.scheme_ != "file")) {
@@ -143,10 +161,8 @@ std::optional<Url> Url::parse(std::string_view text) {
         }
         url.host_ = *written;
         url.text_ += "//";
-        if (const char* userinfo = g_uri_get_userinfo(uri.get())) {
-            // An "@" of the user name is escaped: GLib's strict mode ends the user name at the
-            // first one, its relaxed mode at the last.
-            url.text_ += escaped(userinfo, webScheme ? "@\"<>`" : "@") + "@";
+        if (at != std::string_view::npos) {
+            url.text_ += escaped(authority.substr(0, at), webScheme ? "\"<>`" : "") + "@";
         }
         url.text_ += url.host_;
         if (const int port = g_uri_get_port(uri.get()); port >= 0) {
@@ -155,17 +171,16 @@ std::optional<Url> Url::parse(std::string_view text) {
         }
     } else if (webScheme && url.scheme_ != "file") {
         return std::nullopt;
-    } else if (path.starts_with("//")) {
-        // GLib removed dot segments ("x:/..//y"); written as it is, the path would read as a
-        // host next time. "/." in front keeps it a path, as a browser writes it.
-        url.text_ += "/.";
     }
-    url.text_ += escaped(path, webScheme ? "\"<>`{}" : "");
-    if (query != nullptr) {
-        url.text_ += "?" + escaped(query, webScheme ? "\"<>'" : "");
+    const auto hash = rest.find('#');
+    const std::string_view beforeFragment = rest.substr(0, hash);
+    const auto question = beforeFragment.find('?');
+    url.text_ += escaped(beforeFragment.substr(0, question), webScheme ? "\"<>`{}" : "");
+    if (question != std::string_view::npos) {
+        url.text_ += "?" + escaped(beforeFragment.substr(question + 1), webScheme ? "\"<>'" : "");
     }
-    if (fragment != nullptr) {
-        url.text_ += "#" + escaped(fragment, webScheme ? "\"<>`" : "");
+    if (hash != std::string_view::npos) {
+        url.text_ += "#" + escaped(rest.substr(hash + 1), webScheme ? "\"<>`" : "");
     }
     return url;
 }
