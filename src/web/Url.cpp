@@ -136,7 +136,10 @@ std::optional<Url> Url::parse(std::string_view text) {
     // come out byte for byte as it went in.
     const UriPtr uri = parseUri(cleaned);
     const auto colon = cleaned.find(':');
-    if (!uri || colon == std::string::npos) {
+    // GLib's relaxed mode drops blanks it finds in the scheme too: the text must hold the
+    // scheme GLib read.
+    if (!uri || colon == std::string::npos ||
+        !isSchemeText(std::string_view(cleaned).substr(0, colon))) {
         return std::nullopt;
     }
     Url url;

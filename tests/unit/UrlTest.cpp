@@ -74,6 +74,7 @@ TEST(Url, TypedTextIsEncodedNotRefused) {
         {"http://[fe80::1%25eth0]/", nullptr, std::nullopt},
         {"https://a@b@c.test/", nullptr, std::nullopt},
         {"x:y//%%615", "x:y//%%615", std::nullopt},
+        {"ht\ftp://a.test/100%", nullptr, std::nullopt},
         {"http://", nullptr, std::nullopt},
         {"a.test/x", nullptr, std::nullopt},
     };
