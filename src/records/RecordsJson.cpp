@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cctype>
 #include <climits>
+#include <cmath>
+#include <cstdint>
 
 namespace ovel {
 
@@ -42,22 +44,24 @@ bool boolMember(const json& object, const char* name) {
     return value.get<bool>();
 }
 
-int intMember(const json& object, const char* name) {
+// A stored selection: any number. Whoever uses it clamps it to the tabs it selects among, so a
+// fraction is cut to a whole number and anything past the int range is held at its end, rather
+// than losing every tab of the record over one odd number.
+int indexMember(const json& object, const char* name) {
     const json& value = member(object, name);
     if (value.is_number_unsigned()) {
-        if (value.get<std::uint64_t>() > static_cast<std::uint64_t>(INT_MAX)) {
-            throw ShapeError{};
-        }
-        return static_cast<int>(value.get<std::uint64_t>());
+        return static_cast<int>(
+            std::min(value.get<std::uint64_t>(), static_cast<std::uint64_t>(INT_MAX)));
     }
-    if (!value.is_number_integer()) {
+    if (value.is_number_integer()) {
+        return static_cast<int>(
+            std::clamp<std::int64_t>(value.get<std::int64_t>(), INT_MIN, INT_MAX));
+    }
+    if (!value.is_number()) {
         throw ShapeError{};
     }
-    const auto number = value.get<std::int64_t>();
-    if (number < INT_MIN || number > INT_MAX) {
-        throw ShapeError{};
-    }
-    return static_cast<int>(number);
+    return static_cast<int>(std::clamp(std::floor(value.get<double>()),
+                                       static_cast<double>(INT_MIN), static_cast<double>(INT_MAX)));
 }
 
 Date dateMember(const json& object, const char* name) {
@@ -182,7 +186,7 @@ std::string encodeSession(const SessionStore& session) {
 
 std::optional<SessionStore> decodeSession(std::string_view blob) {
     return decodeWith(blob, [](const json& document) {
-        return SessionStore{intMember(document, "selectedIndex"),
+        return SessionStore{indexMember(document, "selectedIndex"),
                             decodeTabs(member(document, "tabs"))};
     });
 }
@@ -278,7 +282,7 @@ std::optional<std::vector<WorkspaceSnapshot>> decodeWorkspaceSnapshots(std::stri
         std::vector<WorkspaceSnapshot> snapshots;
         for (const json& item : arrayOf(document)) {
             snapshots.push_back({stringMember(item, "id"), stringMember(item, "name"),
-                                 dateMember(item, "createdAt"), intMember(item, "selectedIndex"),
+                                 dateMember(item, "createdAt"), indexMember(item, "selectedIndex"),
                                  decodeTabs(member(item, "tabs"))});
         }
         return snapshots;

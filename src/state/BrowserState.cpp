@@ -310,7 +310,7 @@ void BrowserState::bind(BrowserTab& tab) {
         if (selected && selected->id() == page->id()) {
             state->addressText.set(addressTextFor(*page));
         }
-        if (std::optional<Url> parsed = url ? Url::parse(*url) : std::nullopt;
+        if (std::optional<Url> parsed = url ? Url::fromEngine(*url) : std::nullopt;
             parsed && parsed->scheme().starts_with("http")) {
             state->recordHistory(*parsed, page->title.get());
         }

@@ -79,6 +79,12 @@ void BrowserState::resumeDownload(const DownloadRecord& record) {
 
 void BrowserState::cancelDownload(const DownloadRecord& record) {
     auto group = operation();
+    // The transfer stops too, in whichever tab started it.
+    for (const auto& tab : tabs.get()) {
+        if (tab->cancelDownload(record.id)) {
+            break;
+        }
+    }
     downloads.modify([&](auto& list) {
         if (DownloadRecord* entry = findDownload(list, record.id)) {
             entry->status = DownloadStatus::Cancelled;

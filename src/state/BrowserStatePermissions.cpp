@@ -28,11 +28,11 @@ void BrowserState::applyAdBlockToAllTabs() {
 
 void BrowserState::configureUserScripts(BrowserTab& tab, const std::optional<Url>& url) {
     tab.mutableWebView().removeAllUserScripts();
-    const std::optional<std::string> host = url ? url->host() : std::nullopt;
-    if (!host) {
+    const std::optional<std::string> key = url ? siteRuleKey(*url) : std::nullopt;
+    if (!key) {
         return;
     }
-    auto it = sitePermissionRules->find(toLowerAscii(*host));
+    auto it = sitePermissionRules->find(*key);
     if (it == sitePermissionRules->end()) {
         return;
     }
@@ -54,8 +54,8 @@ void BrowserState::applyPasskeyPolicyToAllTabs() {
 std::string BrowserState::currentHost() const {
     const auto tab = selectedTab();
     const std::optional<Url> url = tab ? tab->webViewUrl() : std::nullopt;
-    const std::optional<std::string> host = url ? url->host() : std::nullopt;
-    return host ? toLowerAscii(*host) : std::string(hostlessSiteKey);
+    return url ? siteRuleKey(*url).value_or(std::string(hostlessSiteKey))
+               : std::string(hostlessSiteKey);
 }
 
 void BrowserState::setCurrentSiteRule(const SitePermissionRule& rule) {

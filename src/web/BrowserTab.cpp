@@ -7,6 +7,7 @@
 #include "web/UuidSource.h"
 #include "web/WebEngine.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ovel {
@@ -17,8 +18,7 @@ std::shared_ptr<BrowserTab> BrowserTab::create(const BrowserServices& services,
 }
 
 BrowserTab::BrowserTab(const BrowserServices& services, std::shared_ptr<NoticeQueue> notices)
-    : services_(services), notices_(std::move(notices)),
-      activeDownloadID(services.uuids.makeUuid()), id_(services.uuids.makeUuid()),
+    : services_(services), notices_(std::move(notices)), id_(services.uuids.makeUuid()),
       webView_(services.engine.createWebView(*this)) {}
 
 BrowserTab::~BrowserTab() {
@@ -36,7 +36,7 @@ void BrowserTab::noteChanged(TabFields fields) {
 
 std::optional<Url> BrowserTab::webViewUrl() const {
     const auto url = webView_->url();
-    return url ? Url::parse(*url) : std::nullopt;
+    return url ? Url::fromEngine(*url) : std::nullopt;
 }
 
 void BrowserTab::load(const Url& url) {
@@ -90,7 +90,7 @@ void BrowserTab::estimatedProgressDidChange() {
 
 NavigationActionPolicy BrowserTab::decidePolicy(const NavigationAction& action) {
     NoticeQueue::Group group(*notices_);
-    const std::optional<Url> url = action.url ? Url::parse(*action.url) : std::nullopt;
+    const std::optional<Url> url = action.url ? Url::fromEngine(*action.url) : std::nullopt;
     if (url && onNavigationRequest) {
         onNavigationRequest(*url);
     }
@@ -108,6 +108,9 @@ NavigationResponsePolicy BrowserTab::decidePolicy(const NavigationResponse& resp
 }
 
 void BrowserTab::navigationDidBecomeDownload(std::shared_ptr<Download> download) {
+    // A transfer that ended without a word (abandoned for want of a folder) is gone by now.
+    std::erase_if(transfers_, [](const Transfer& transfer) { return transfer.download.expired(); });
+    transfers_.push_back(Transfer{download.get(), download, std::nullopt, {}, std::nullopt, false});
     download->setDelegate(weak_from_this());
     postToSelf([](BrowserTab& tab) { tab.lastDownloadMessage.set("Starting download..."); });
 }
@@ -128,7 +131,8 @@ PermissionDecision BrowserTab::decideSitePermission(std::string_view host,
     return onSitePermissionRequest(toLowerAscii(host), kind);
 }
 
-std::optional<std::string> BrowserTab::decideDestination(std::string_view suggestedFilename) {
+std::optional<std::string> BrowserTab::decideDestination(Download& download,
+                                                         std::string_view suggestedFilename) {
     const std::optional<std::string> folder = services_.desktop.downloadsFolder();
     if (!folder) {
         return std::nullopt;
@@ -138,38 +142,71 @@ std::optional<std::string> BrowserTab::decideDestination(std::string_view sugges
         uniqueDownloadURL(*folder, suggestedFilename,
                           [&desktop](std::string_view path) { return desktop.fileExists(path); });
     const std::string fileName = destination.substr(destination.rfind('/') + 1);
-    postToSelf([destination, fileName](BrowserTab& tab) {
-        tab.activeDownloadID = tab.services_.uuids.makeUuid();
-        tab.activeDownloadName = fileName;
-        tab.activeDownloadSourceURL = tab.webView_->url();
-        tab.lastDownloadMessage.set("Downloading " + fileName);
+    Transfer* transfer = transferFor(download);
+    if (transfer == nullptr) {
+        transfers_.push_back(Transfer{&download, {}, std::nullopt, {}, std::nullopt, false});
+        transfer = &transfers_.back();
+    }
+    // The page the tab shows as the download starts, not the address of the file.
+    transfer->id = services_.uuids.makeUuid();
+    transfer->fileName = fileName;
+    transfer->sourceURL = webView_->url();
+    postToSelf([event = DownloadEvent{*transfer->id, fileName, transfer->sourceURL, destination,
+                                      DownloadStatus::Started, 0.08}](BrowserTab& tab) {
+        tab.lastDownloadMessage.set("Downloading " + event.fileName);
         if (tab.onDownloadEvent) {
-            tab.onDownloadEvent(DownloadEvent{tab.activeDownloadID, fileName,
-                                              tab.activeDownloadSourceURL, destination,
-                                              DownloadStatus::Started, 0.08});
+            tab.onDownloadEvent(event);
         }
     });
     return destination;
 }
 
-void BrowserTab::downloadDidFinish() {
-    postToSelf([](BrowserTab& tab) {
-        tab.lastDownloadMessage.set("Download finished");
-        if (tab.onDownloadEvent) {
-            tab.onDownloadEvent(DownloadEvent{tab.activeDownloadID, tab.activeDownloadName,
-                                              tab.activeDownloadSourceURL, std::nullopt,
-                                              DownloadStatus::Finished, 1.0});
-        }
-    });
+void BrowserTab::downloadDidFinish(Download& download) {
+    endTransfer(download, DownloadStatus::Finished, "Download finished");
 }
 
-void BrowserTab::downloadDidFail(std::string_view errorMessage) {
-    postToSelf([message = std::string(errorMessage)](BrowserTab& tab) {
-        tab.lastDownloadMessage.set("Download failed: " + message);
+void BrowserTab::downloadDidFail(Download& download, std::string_view errorMessage) {
+    const Transfer* transfer = transferFor(download);
+    if (transfer != nullptr && transfer->cancelled) {
+        // The engine reports a cancel as a failure; the user asked for it.
+        endTransfer(download, DownloadStatus::Cancelled, "Download cancelled");
+        return;
+    }
+    endTransfer(download, DownloadStatus::Failed, "Download failed: " + std::string(errorMessage));
+}
+
+bool BrowserTab::cancelDownload(const Uuid& id) {
+    for (Transfer& transfer : transfers_) {
+        if (transfer.id == id && !transfer.cancelled) {
+            if (auto download = transfer.download.lock()) {
+                transfer.cancelled = true;
+                download->cancel();
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+BrowserTab::Transfer* BrowserTab::transferFor(const Download& download) {
+    auto it = std::find_if(transfers_.begin(), transfers_.end(),
+                           [&](const Transfer& transfer) { return transfer.key == &download; });
+    return it == transfers_.end() ? nullptr : &*it;
+}
+
+void BrowserTab::endTransfer(Download& download, DownloadStatus status, std::string message) {
+    auto it = std::find_if(transfers_.begin(), transfers_.end(),
+                           [&](const Transfer& transfer) { return transfer.key == &download; });
+    if (it == transfers_.end() || !it->id) {
+        return;
+    }
+    const double progress = status == DownloadStatus::Finished ? 1.0 : 0.0;
+    DownloadEvent event{*it->id, it->fileName, it->sourceURL, std::nullopt, status, progress};
+    transfers_.erase(it);
+    postToSelf([event = std::move(event), message = std::move(message)](BrowserTab& tab) {
+        tab.lastDownloadMessage.set(message);
         if (tab.onDownloadEvent) {
-            tab.onDownloadEvent(DownloadEvent{tab.activeDownloadID, tab.activeDownloadName,
-                                              tab.activeDownloadSourceURL, std::nullopt,
-                                              DownloadStatus::Failed, 0.0});
+            tab.onDownloadEvent(event);
         }
     });
 }

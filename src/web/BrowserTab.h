@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ovel {
 
@@ -71,7 +72,7 @@ public:
     const WebView& webView() const { return *webView_; }
     // The address of the page in the web view, as the engine reports it; none for the start page.
     std::optional<std::string> url() const { return webView_->url(); }
-    // The web view's URL, parsed; none for the start page or an unparsable address.
+    // The same address, parsed (kept byte for byte as reported).
     std::optional<Url> webViewUrl() const;
     // The tab as a session, the closed-tab list or a workspace keeps it.
     TabStore storedRecord() const { return TabStore{url(), isPinned.get()}; }
@@ -105,11 +106,6 @@ public:
     std::function<PermissionDecision(std::string_view host, SitePermissionKind)>
         onSitePermissionRequest;
 
-    // The one download this tab tracks at a time.
-    std::string activeDownloadName = "File";
-    Uuid activeDownloadID;
-    std::optional<std::string> activeDownloadSourceURL;
-
 private:
     friend class BrowserState;
 
@@ -122,6 +118,9 @@ private:
     void setPinned(bool pinned) { isPinned.set(pinned); }
     // Shows the internal page at `address` in place of the web view.
     void showInternalPage(std::string_view address, std::string_view pageTitle);
+    // Stops the transfer of this tab's download `id`; false when the tab has no such transfer
+    // under way. Its end is then reported as cancelled.
+    bool cancelDownload(const Uuid& id);
 
     // WebViewDelegate
     void didStartProvisionalNavigation() override;
@@ -138,19 +137,36 @@ private:
                                             SitePermissionKind kind) override;
 
     // DownloadDelegate
-    std::optional<std::string> decideDestination(std::string_view suggestedFilename) override;
-    void downloadDidFinish() override;
-    void downloadDidFail(std::string_view errorMessage) override;
+    std::optional<std::string> decideDestination(Download& download,
+                                                 std::string_view suggestedFilename) override;
+    void downloadDidFinish(Download& download) override;
+    void downloadDidFail(Download& download, std::string_view errorMessage) override;
 
     std::function<void()> noteOf(TabField field) {
         return [this, field] { noteChanged(field); };
     }
     void noteChanged(TabFields fields);
+
+    // One transfer this tab started, from the engine's hand-over to its end: each keeps its own
+    // identity, name and source, however many run at once.
+    struct Transfer {
+        const Download* key = nullptr;
+        std::weak_ptr<Download> download;
+        std::optional<Uuid> id; // none until its destination is chosen
+        std::string fileName;
+        std::optional<std::string> sourceURL;
+        bool cancelled = false;
+    };
+    Transfer* transferFor(const Download& download);
+    // Reports the end of `download` under its own identity and forgets it.
+    void endTransfer(Download& download, DownloadStatus status, std::string message);
+
     void fetchFavicon();
     // Runs `task` on the main queue later, only if this tab still exists then.
     void postToSelf(std::function<void(BrowserTab&)> task);
 
     Uuid id_;
+    std::vector<Transfer> transfers_;
     // Declared last so it goes first: the view never calls back into a half-destroyed tab.
     std::unique_ptr<WebView> webView_;
 };

@@ -16,6 +16,11 @@ const std::string_view notificationBlockingScript =
 
 const std::string_view hostlessSiteKey = "start.page";
 
+std::optional<std::string> siteRuleKey(const Url& url) {
+    const std::optional<std::string> host = url.host();
+    return host ? std::optional<std::string>(toLowerAscii(*host)) : std::nullopt;
+}
+
 namespace {
 
 PermissionDecision decisionFor(PermissionSetting setting) {

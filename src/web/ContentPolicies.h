@@ -1,6 +1,7 @@
 #pragma once
 
 #include "records/Records.h"
+#include "web/Url.h"
 #include "web/WebView.h"
 
 #include <optional>
@@ -18,6 +19,11 @@ extern const std::string_view notificationBlockingScript;
 
 // The rule key shared by pages without a host (start page, internal pages).
 extern const std::string_view hostlessSiteKey;
+
+// The key of a page's site rule: its host, lower-cased, an IPv6 literal in brackets as the
+// address writes it (`[::1]`); none when the address has no host. The browser state and the
+// engine's permission requests both look rules up by it.
+std::optional<std::string> siteRuleKey(const Url& url);
 
 // The script a host's rule injects at document start, or none when it blocks nothing.
 std::optional<std::string> userScriptSource(const SitePermissionRule& rule);

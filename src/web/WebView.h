@@ -13,7 +13,7 @@ class Download;
 
 struct LoadRequest {
     std::string url;
-    // The engine stops a load that has not finished after this long.
+    // The engine stops a load when nothing of it has arrived for this long.
     std::chrono::milliseconds timeout{std::chrono::seconds(60)};
 };
 

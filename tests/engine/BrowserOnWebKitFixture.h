@@ -69,6 +69,21 @@ protected:
         engine.reset();
     }
 
+    // Quits and starts the browser again on the same settings, as at the next launch.
+    void relaunch() {
+        if (watchedView != nullptr) {
+            g_signal_handlers_disconnect_by_data(watchedView, this);
+            watchedView = nullptr;
+        }
+        connections.disconnectAll();
+        state.reset();
+        state = BrowserState::create(
+            BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
+        showSelectedTab();
+        connections.add(state->selectionChanged.connect(
+            [this](const SelectionChange&) { showSelectedTab(); }));
+    }
+
     BrowserTab& tab() { return *state->tabs.get().at(std::size_t(state->selectedIndex.get())); }
 
     static WebKitWebView* webKitView(const BrowserTab& tab) {

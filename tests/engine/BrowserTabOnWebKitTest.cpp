@@ -8,8 +8,9 @@ namespace {
 using BrowserTabOnWebKit = BrowserOnWebKit;
 
 TEST_F(BrowserTabOnWebKit, PageLoadsDriveTheTabAndHistoryInOrder) {
-    server.serveHtml("/a", titled("Page A"));
+    server.serveHtml("/a", titled("Page A", "<a id=link href='/b'>b</a>"));
     server.serveHtml("/b", titled("Page B"));
+    EXPECT_FALSE(tab().url()) << "the start page has no address";
 
     state->openURL(server.url("/a"));
     ASSERT_TRUE(waitUntilLoaded()) << takeLog();
@@ -18,7 +19,7 @@ TEST_F(BrowserTabOnWebKit, PageLoadsDriveTheTabAndHistoryInOrder) {
     EXPECT_EQ(state->addressText.get(), server.url("/a"));
     EXPECT_TRUE(waitUntil([&] { return tab().loadingProgress.get() == 1.0; }));
 
-    state->openURL(server.url("/b"));
+    runScript(webKitView(tab()), "document.getElementById('link').click(); return 1;");
     ASSERT_TRUE(waitUntilLoaded()) << takeLog();
     EXPECT_EQ(takeLog(), "loading | title Page B | can go back | loaded");
     EXPECT_FALSE(tab().canGoForward.get());
@@ -30,43 +31,144 @@ TEST_F(BrowserTabOnWebKit, PageLoadsDriveTheTabAndHistoryInOrder) {
     EXPECT_EQ(history(), "Page A " + server.url("/a") + " | Page B " + server.url("/b") +
                              " | Page A " + server.url("/a"));
     EXPECT_EQ(state->addressText.get(), server.url("/a"));
+
+    // Same-page navigations change the address without a load.
+    runScript(webKitView(tab()), "history.pushState({}, '', '/pushed'); return 1;");
+    EXPECT_TRUE(waitUntil([&] { return tab().url() == server.url("/pushed"); }));
+    runScript(webKitView(tab()), "location.hash = 'part'; return 1;");
+    EXPECT_TRUE(waitUntil([&] { return tab().url() == server.url("/pushed#part"); }));
+    EXPECT_EQ(takeLog(), "");
 }
 
-TEST_F(BrowserTabOnWebKit, LateTitlesReachTheTabAndHistory) {
+// WebKit tells a title only after the load has finished, resets it to empty at each commit and
+// reports an empty title element as no title: the tab and history must still get what the
+// page says, "Untitled" only for a page without a title.
+TEST_F(BrowserTabOnWebKit, TitlesAreWhatThePageSays) {
+    server.serveHtml("/plain", titled("Plain Title"));
     server.serveHtml("/scripted",
                      "<html><body>x<script>onload = () => setTimeout(() => "
                      "document.title = 'Scripted Title', 300);</script></body></html>");
     server.serveSlowly("/deep", "text/html",
-                       {"<html><body><p>" + std::string(4000, 'x') + "</p>",
+                       {"<html><body><p>" + std::string(4000, 'x') + "</p>", "<p>more</p>",
                         "<title>Deep Title</title><p>end</p></body></html>"},
-                       300ms);
-    state->openURL(server.url("/scripted"));
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-    EXPECT_EQ(takeLog(), "loading | title Scripted Title | loaded");
-    state->openURL(server.url("/deep"));
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-    EXPECT_EQ(takeLog(), "loading | title Deep Title | can go back | loaded");
-    EXPECT_EQ(history(),
-              "Deep Title " + server.url("/deep") + " | Scripted Title " + server.url("/scripted"));
+                       200ms);
+    server.serveHtml("/untitled", "<html><body>no title</body></html>");
+    server.serveHtml("/empty", "<html><head><title></title></head><body>empty</body></html>");
+    server.serveHtml("/much-later", "<html><body>x<script>onload = () => setTimeout(() => "
+                                    "document.title = 'Much Later', 1800);</script></body></html>");
+    const struct {
+        const char* path;
+        const char* title;
+        // A title that comes after the finish was announced untitled.
+        const char* later;
+    } cases[] = {
+        {"/plain", "Plain Title", nullptr},
+        {"/scripted", "Scripted Title", nullptr},
+        {"/deep", "Deep Title", nullptr},
+        {"/untitled", "Untitled", nullptr},
+        {"/empty", "", nullptr},
+        {"/much-later", "Untitled", "Much Later"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
+        ASSERT_TRUE(openAndWait(server.url(c.path)));
+        EXPECT_EQ(tab().title.get(), c.title);
+        EXPECT_EQ(state->historyEntries->front().title, c.title);
+        if (c.later != nullptr) {
+            EXPECT_TRUE(waitUntil([&] { return tab().title.get() == c.later; }));
+        }
+    }
+    // Only the pages reached a history entry each, the late title aside.
+    EXPECT_EQ(state->historyEntries->size(), std::size(cases));
 }
 
 TEST_F(BrowserTabOnWebKit, FailedLoadsOnlyStopTheLoading) {
     server.serveHtml("/a", titled("Page A"));
     server.serveNothing("/never");
+    server.serveBrokenBody("/broken", "text/html", "<html><body>" + std::string(3000, 'x'), 100000);
     ASSERT_TRUE(openAndWait(server.url("/a")));
 
-    state->openURL("http://127.0.0.1:" + std::to_string(LoopbackServer::closedPort()) + "/");
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-    EXPECT_EQ(takeLog(), "loading | loaded");
-
-    // The sixty-second stop, made short.
-    webViewOf(tab()).load({server.url("/never"), 400ms});
-    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-    EXPECT_EQ(takeLog(), "loading | loaded");
-
-    EXPECT_EQ(tab().title.get(), "Page A");
+    const struct {
+        const char* what;
+        LoadRequest request;
+        bool stopByUser;
+        // What the tab shows afterwards: the page it had, unless the failed one committed.
+        std::string shown;
+    } cases[] = {
+        {"refused",
+         {"http://127.0.0.1:" + std::to_string(LoopbackServer::closedPort()) + "/"},
+         false,
+         server.url("/a")},
+        {"never answered, the time-out made short",
+         {server.url("/never"), 400ms},
+         false,
+         server.url("/a")},
+        {"stopped by the user", {server.url("/never")}, true, server.url("/a")},
+        {"cut off in the middle", {server.url("/broken")}, false, server.url("/broken")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        webViewOf(tab()).load(c.request);
+        if (c.stopByUser) {
+            ASSERT_TRUE(waitUntil([&] { return tab().isLoading.get(); }));
+            webViewOf(tab()).stopLoading();
+        }
+        ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+        EXPECT_EQ(takeLog(), "loading | loaded");
+        EXPECT_EQ(tab().title.get(), "Page A");
+        EXPECT_EQ(tab().url(), c.shown);
+    }
+    // Nothing more arrives for any of them, a late title included.
+    runMainLoopFor(WebKitWebViewAdapter::titleWait + 500ms);
+    EXPECT_EQ(takeLog(), "");
     EXPECT_EQ(history(), "Page A " + server.url("/a"));
-    EXPECT_EQ(tab().webViewUrl()->absoluteString(), server.url("/a"));
+}
+
+// The sixty-second time-out, made short, stops a load that has gone that long without anything
+// arriving, and nothing else: not a slow page that keeps sending, not the page's own requests
+// after its load, not a navigation that replaced the timed one.
+TEST_F(BrowserTabOnWebKit, TimeOutStopsOnlyAStalledLoadOfItsOwn) {
+    std::vector<std::string> trickle = {"<html><head><title>Trickle</title></head><body>"};
+    for (int i = 0; i < 8; ++i) {
+        trickle.push_back("<p>" + std::string(2000, 'x') + "</p>");
+    }
+    trickle.push_back("</body></html>");
+    server.serveSlowly("/trickle", "text/html", trickle, 300ms);
+    server.serveSlowly("/stall", "text/html", {"<html><head><title>Stall</title>", "</html>"}, 60s);
+    server.serveHtml("/a", titled("Page A", R"(<script>
+        window.fetched = 'waiting';
+        onload = () => fetch('/data').then(r => r.text()).then(
+            t => window.fetched = t, e => window.fetched = 'aborted');
+        </script>)"));
+    server.serveSlowly("/data", "text/plain", {"da", "ta"}, 1500ms);
+    server.serveNothing("/never");
+    server.serveSlowly(
+        "/slow", "text/html",
+        {"<html><head><title>Slow</title></head><body>", "<p>1</p>", "<p>2</p></body></html>"},
+        700ms);
+
+    webViewOf(tab()).load({server.url("/trickle"), 1000ms});
+    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+    EXPECT_EQ(takeLog(), "loading | title Trickle | cannot go back | loaded");
+
+    webViewOf(tab()).load({server.url("/stall"), 1000ms});
+    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+    EXPECT_EQ(takeLog(), "loading | loaded");
+    EXPECT_EQ(tab().title.get(), "Trickle");
+
+    webViewOf(tab()).load({server.url("/a"), 1000ms});
+    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+    ASSERT_TRUE(waitUntil(
+        [&] { return runScript(webKitView(tab()), "return window.fetched;") != "waiting"; }));
+    EXPECT_EQ(runScript(webKitView(tab()), "return window.fetched;"), "data");
+
+    takeLog();
+    webViewOf(tab()).load({server.url("/never"), 1000ms});
+    ASSERT_TRUE(waitUntil([&] { return tab().isLoading.get(); }));
+    runScript(webKitView(tab()), "location.href = '/slow'; return 1;");
+    ASSERT_TRUE(waitUntil([&] { return tab().title.get() == "Slow" && isIdle(tab()); }))
+        << takeLog();
+    EXPECT_EQ(tab().url(), server.url("/slow"));
 }
 
 TEST_F(BrowserTabOnWebKit, TabIsReloadableAfterItsWebProcessEnds) {
@@ -74,11 +176,18 @@ TEST_F(BrowserTabOnWebKit, TabIsReloadableAfterItsWebProcessEnds) {
     server.serveNothing("/never");
     ASSERT_TRUE(openAndWait(server.url("/a")));
 
+    // Killed while showing the page: it keeps its address and reloads.
+    webkit_web_view_terminate_web_process(webKitView(tab()));
+    runMainLoopFor(300ms);
+    EXPECT_EQ(tab().url(), server.url("/a"));
+    state->reload();
+    ASSERT_TRUE(waitUntilLoaded()) << takeLog();
+    EXPECT_EQ(takeLog(), "loading | title Page A | cannot go back | loaded");
+
     // Killed while loading: the load fails and the tab keeps its page.
     webViewOf(tab()).load({server.url("/never")});
     ASSERT_TRUE(waitUntil([&] { return tab().isLoading.get(); }));
-    auto* view = WEBKIT_WEB_VIEW(WebKitWebViewAdapter::widgetOf(tab().webView()));
-    webkit_web_view_terminate_web_process(view);
+    webkit_web_view_terminate_web_process(webKitView(tab()));
     ASSERT_TRUE(waitUntilLoaded()) << takeLog();
     EXPECT_EQ(takeLog(), "loading | loaded");
     EXPECT_EQ(tab().title.get(), "Page A");
@@ -86,7 +195,7 @@ TEST_F(BrowserTabOnWebKit, TabIsReloadableAfterItsWebProcessEnds) {
     state->reload();
     ASSERT_TRUE(waitUntilLoaded()) << takeLog();
     EXPECT_EQ(tab().title.get(), "Page A");
-    EXPECT_EQ(tab().webViewUrl()->absoluteString(), server.url("/a"));
+    EXPECT_EQ(tab().url(), server.url("/a"));
 }
 
 TEST_F(BrowserTabOnWebKit, FaviconIsFetchedAfterTheFinish) {

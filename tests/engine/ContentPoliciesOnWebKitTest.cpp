@@ -118,5 +118,33 @@ TEST_F(ContentPoliciesOnWebKit, BlockingSiteRuleAnswersThePageWithoutAskingTheUs
     EXPECT_EQ(questions, std::vector<std::string>{"localhost"});
 }
 
+// The settings page files a rule under the state's key of the site; the engine's camera request
+// for the same page must find it, IPv6 literal hosts included.
+TEST_F(ContentPoliciesOnWebKit, ARuleSavedForAnIPv6SiteAnswersItsCameraRequests) {
+    if (!server.listenOnIPv6Loopback()) {
+        GTEST_SKIP() << "::1 cannot be bound here";
+    }
+    std::vector<std::string> questions;
+    engine->setPermissionPrompter([&](const PermissionQuestion& question, PermissionAnswer answer) {
+        questions.push_back(question.host);
+        answer(true);
+    });
+    webkit_settings_set_enable_mock_capture_devices(webkit_web_view_get_settings(webKitView(tab())),
+                                                    TRUE);
+    server.serveHtml("/asking", titled("Asking"));
+    state->openURL(server.ipv6Url("/asking"));
+    ASSERT_TRUE(waitUntilShowing(tab(), server.ipv6Url("/asking")));
+    EXPECT_EQ(state->currentHost(), "[::1]");
+    SitePermissionRule blocking;
+    blocking.camera = PermissionSetting::Block;
+    state->setCurrentSiteRule(blocking);
+    EXPECT_EQ(runScript(webKitView(tab()),
+                        "try { const s = await navigator.mediaDevices.getUserMedia({video: true});"
+                        " s.getTracks().forEach(t => t.stop()); return 'stream'; }"
+                        " catch (e) { return 'error ' + e.name; }"),
+              "error NotAllowedError");
+    EXPECT_TRUE(questions.empty());
+}
+
 } // namespace
 } // namespace ovel::test

@@ -313,12 +313,12 @@ private:
 };
 
 // The engine creates the destination as soon as it is chosen, so a second download of the same
-// name, chosen while the first still runs, finds the name taken.
-TEST_F(DownloadsOnWebKit, OverlappingDownloadsOfOneNameKeepBothFiles) {
+// name, chosen while the first still runs, finds the name taken. Both run in one tab, and each
+// ends in its own entry.
+TEST_F(DownloadsOnWebKit, OverlappingDownloadsOfOneTabKeepBothFilesAndEntries) {
     HeldAttachments attachments(server, "same.bin");
     state->openURL(server.url("/one"));
     ASSERT_TRUE(waitUntil([&] { return state->downloads.get().size() == 1; }));
-    state->newTab();
     state->openURL(server.url("/two"));
     ASSERT_TRUE(waitUntil([&] { return state->downloads.get().size() == 2; }));
     EXPECT_EQ(state->downloads.get()[1].status, DownloadStatus::Started)
@@ -337,6 +337,55 @@ TEST_F(DownloadsOnWebKit, OverlappingDownloadsOfOneNameKeepBothFiles) {
     ASSERT_EQ(files.size(), 2u);
     EXPECT_EQ(files.at("same.bin"), "/one" + std::string(100000, '.') + "end");
     EXPECT_EQ(files.at("same-1.bin"), "/two" + std::string(100000, '.') + "end");
+}
+
+TEST_F(DownloadsOnWebKit, CancelStopsTheTransferAndLeavesNoFile) {
+    HeldAttachments attachments(server, "partial.bin");
+    ASSERT_TRUE(openAndWait(server.url("/a")));
+    state->openURL(server.url("/one"));
+    ASSERT_TRUE(waitUntil([&] {
+        return state->downloads->size() == 1 && fs::exists(downloads / "partial.bin.wkdownload");
+    })) << joined(entries);
+    state->cancelDownload(state->downloads->front());
+    attachments.release();
+    runMainLoopFor(1000ms);
+    EXPECT_EQ(state->downloads->front().statusLabel(), "Cancelled") << joined(entries);
+    EXPECT_EQ(tab().lastDownloadMessage.get(), "Download cancelled");
+    EXPECT_EQ(joined(entries).find("Failed"), std::string::npos) << joined(entries);
+    EXPECT_EQ(joined(entries).find("Finished"), std::string::npos) << joined(entries);
+    EXPECT_TRUE(treeOf(downloads).empty());
+}
+
+TEST_F(DownloadsOnWebKit, WhatTheEngineCannotShowOrALinkMarksIsSaved) {
+    LoopbackServer::Response binary;
+    binary.contentType = "application/x-ovel-test";
+    binary.body = "0123456789";
+    server.serve("/file.bin", binary);
+    LoopbackServer::Response text;
+    text.contentType = "text/plain";
+    text.body = "linked";
+    server.serve("/file.txt", text);
+    server.serveHtml("/links", titled("Links", "<a id=link download href='/file.txt'>f</a>"));
+    ASSERT_TRUE(openAndWait(server.url("/links")));
+
+    state->openURL(server.url("/file.bin"));
+    ASSERT_TRUE(waitForDownloadEnd(1)) << joined(entries);
+    runScript(webKitView(tab()), "document.getElementById('link').click(); return 1;");
+    ASSERT_TRUE(waitForDownloadEnd(2)) << joined(entries);
+    EXPECT_EQ(joined(entries), "Downloading file.bin | Finished file.bin | Downloading file.txt | "
+                               "Finished file.txt");
+    EXPECT_EQ(contentsOf(downloads / "file.bin"), "0123456789");
+    EXPECT_EQ(contentsOf(downloads / "file.txt"), "linked");
+    // The navigations that became downloads leave the page as it was.
+    EXPECT_EQ(tab().title.get(), "Links");
+    EXPECT_EQ(state->addressText.get(), server.url("/links"));
+
+    // Without a Downloads folder a download is dropped without a word.
+    desktop.downloads.reset();
+    state->openURL(server.url("/file.bin"));
+    runMainLoopFor(1000ms);
+    EXPECT_EQ(state->downloads->size(), 2u);
+    EXPECT_EQ(treeOf(downloads).size(), 2u);
 }
 
 } // namespace

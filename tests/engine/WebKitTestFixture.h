@@ -5,7 +5,6 @@
 #include "support/GtkTestEnvironment.h"
 #include "support/GtkWait.h"
 #include "support/LoopbackServer.h"
-#include "support/RecordingDownloadDelegate.h"
 #include "support/RecordingWebViewDelegate.h"
 #include "web/webkit/WebKitEngine.h"
 #include "web/webkit/WebKitWebViewAdapter.h"

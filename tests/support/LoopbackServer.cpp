@@ -92,6 +92,20 @@ std::string LoopbackServer::localhostUrl(std::string_view path) const {
     return "http://localhost:" + std::to_string(port_) + std::string(path);
 }
 
+bool LoopbackServer::listenOnIPv6Loopback() {
+    GInetAddress* loopback = g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV6);
+    GSocketAddress* address = g_inet_socket_address_new(loopback, guint16(port_));
+    const bool listening =
+        soup_server_listen(impl_->server, address, SoupServerListenOptions(0), nullptr);
+    g_object_unref(address);
+    g_object_unref(loopback);
+    return listening;
+}
+
+std::string LoopbackServer::ipv6Url(std::string_view path) const {
+    return "http://[::1]:" + std::to_string(port_) + std::string(path);
+}
+
 void LoopbackServer::dispatch(SoupServer*, SoupServerMessage* message, const char* path,
                               GHashTable*, void* data) {
     auto* self = static_cast<LoopbackServer*>(data);

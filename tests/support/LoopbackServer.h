@@ -48,6 +48,10 @@ public:
     std::string url(std::string_view path) const;
     // The same server under the name "localhost": another site, as the browser sees it.
     std::string localhostUrl(std::string_view path) const;
+    // Also listens on ::1, same port; false when that cannot be bound (no IPv6 loopback).
+    bool listenOnIPv6Loopback();
+    // "http://[::1]:<port>" followed by `path`.
+    std::string ipv6Url(std::string_view path) const;
 
     void serve(std::string path, Response response);
     void serveHtml(std::string path, std::string html);

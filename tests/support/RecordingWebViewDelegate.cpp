@@ -12,16 +12,6 @@ void RecordingWebViewDelegate::didFinishNavigation() {
     events.push_back("finish '" + title.value_or("-") + "' " + url.value_or("-"));
 }
 
-NavigationResponsePolicy
-RecordingWebViewDelegate::decidePolicy(const NavigationResponse& response) {
-    responses.push_back(response);
-    if (responsePolicy) {
-        return *responsePolicy;
-    }
-    return response.canShowMimeType ? NavigationResponsePolicy::Allow
-                                    : NavigationResponsePolicy::Download;
-}
-
 bool RecordingWebViewDelegate::isLoading() const {
     for (auto event = events.rbegin(); event != events.rend(); ++event) {
         if (*event == "start") {

@@ -12,7 +12,8 @@
 namespace ovel::test {
 
 // A web view delegate that logs the navigation calls in order ("start", "finish", "fail") and
-// answers policy and permission questions as the test sets them.
+// answers permission questions as the test sets them (pages load, what cannot be shown is
+// downloaded).
 class RecordingWebViewDelegate : public WebViewDelegate {
 public:
     // When set, a finish is logged with the title and URL the view reports at that moment:
@@ -20,21 +21,11 @@ public:
     WebView* view = nullptr;
 
     std::vector<std::string> events;
-    int progressChanges = 0;
-    int urlChanges = 0;
-    std::vector<NavigationAction> actions;
-    std::vector<NavigationResponse> responses;
-    std::vector<std::shared_ptr<Download>> downloads;
     std::vector<std::pair<std::string, MediaCaptureType>> mediaRequests;
     std::vector<std::pair<std::string, SitePermissionKind>> siteRequests;
 
-    NavigationActionPolicy actionPolicy = NavigationActionPolicy::Allow;
-    // None: download exactly what the engine cannot show.
-    std::optional<NavigationResponsePolicy> responsePolicy;
     PermissionDecision mediaDecision = PermissionDecision::Prompt;
     PermissionDecision siteDecision = PermissionDecision::Prompt;
-    // Given to each download at once, as a tab does.
-    std::shared_ptr<DownloadDelegate> downloadDelegate;
 
     bool isLoading() const;
     std::size_t count(const std::string& eventPrefix) const;
@@ -42,19 +33,16 @@ public:
     void didStartProvisionalNavigation() override { events.push_back("start"); }
     void didFinishNavigation() override;
     void didFailNavigation() override { events.push_back("fail"); }
-    void estimatedProgressDidChange() override { ++progressChanges; }
-    void urlDidChange() override { ++urlChanges; }
-    NavigationActionPolicy decidePolicy(const NavigationAction& action) override {
-        actions.push_back(action);
-        return actionPolicy;
+    void estimatedProgressDidChange() override {}
+    void urlDidChange() override {}
+    NavigationActionPolicy decidePolicy(const NavigationAction&) override {
+        return NavigationActionPolicy::Allow;
     }
-    NavigationResponsePolicy decidePolicy(const NavigationResponse& response) override;
-    void navigationDidBecomeDownload(std::shared_ptr<Download> download) override {
-        if (downloadDelegate) {
-            download->setDelegate(downloadDelegate);
-        }
-        downloads.push_back(std::move(download));
+    NavigationResponsePolicy decidePolicy(const NavigationResponse& response) override {
+        return response.canShowMimeType ? NavigationResponsePolicy::Allow
+                                        : NavigationResponsePolicy::Download;
     }
+    void navigationDidBecomeDownload(std::shared_ptr<Download>) override {}
     PermissionDecision decideMediaCapturePermission(std::string_view host,
                                                     MediaCaptureType type) override {
         mediaRequests.emplace_back(host, type);

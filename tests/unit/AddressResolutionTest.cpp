@@ -19,10 +19,10 @@ TEST(AddressResolution, TypedTextBecomesAnAddressOrASearch) {
         {"localhost:8080", nullptr},
         {"http://a.test/x", "http://a.test/x"},
         {"https://a.test", "https://a.test"},
-        {"HTTPS://A.TEST", "https://HTTPS://A.TEST"},
+        {"HTTPS://A.TEST", "https://https//A.TEST"},
         {"ovel://settings/", nullptr},
         {"https://bad host.test", nullptr},
-        {"héllo.test", nullptr},
+        {"héllo.test", "https://xn--hllo-bpa.test"},
         {"10.0.0.1:8000/path", "https://10.0.0.1:8000/path"},
         {"m+20.11:-8", nullptr},
     };

@@ -99,6 +99,21 @@ TEST_F(BrowserStateStartup, ASessionWithSelectedIndexSevenAndThreeTabs) {
     EXPECT_TRUE(viewAt(0).htmlLoads.empty());
 }
 
+TEST_F(BrowserStateStartup, AnOddStoredSelectionIsClampedAndTheTabsSurvive) {
+    const std::pair<const char*, int> cases[] = {
+        {"99999999999", 1}, {"1.0", 1}, {"0.5", 0}, {"-99999999999", 0}};
+    for (const auto& [stored, selected] : cases) {
+        store.setData(BrowserState::profilesKey, encodeProfiles({{"P", "Default"}}));
+        store.setData(BrowserState::profileKey(BrowserState::sessionKeyBase, "P"),
+                      std::string(R"({"selectedIndex":)") + stored +
+                          R"(,"tabs":[{"url":"https://a.test/","isPinned":false},)" +
+                          R"({"url":"https://b.test/","isPinned":false}]})");
+        BrowserState& browser = launch();
+        EXPECT_EQ(browser.tabs->size(), 2u) << stored;
+        EXPECT_EQ(browser.selectedIndex.get(), selected) << stored;
+    }
+}
+
 TEST_F(BrowserStateStartup, ASessionOfNoTabsOpensOneStartPage) {
     store.setData(BrowserState::profilesKey, encodeProfiles({{"P", "Default"}}));
     store.setData(BrowserState::profileKey(BrowserState::sessionKeyBase, "P"),

@@ -27,25 +27,6 @@ TEST_F(BrowserTabNavigation, ANewTabIsBlankWithTheDefaultZoom) {
     EXPECT_TRUE(isUuidText(tab().id()));
 }
 
-TEST_F(BrowserTabNavigation, AMissingTitleIsUntitledButAnEmptyOneStaysEmpty) {
-    view().simulateNavigation("https://a.test/", std::nullopt);
-    EXPECT_EQ(tab().title.get(), "Untitled");
-    view().simulateNavigation("https://b.test/", "");
-    EXPECT_EQ(tab().title.get(), "");
-}
-
-TEST_F(BrowserTabNavigation, AFailedLoadOnlyClearsTheLoadingFlag) {
-    view().backAvailable = true;
-    view().simulateNavigation("https://a.test/", "A");
-    const auto visits = state->historyEntries->size();
-    view().backAvailable = false;
-    view().simulateFailure();
-    EXPECT_FALSE(tab().isLoading.get());
-    EXPECT_EQ(tab().title.get(), "A");
-    EXPECT_TRUE(tab().canGoBack.get());
-    EXPECT_EQ(state->historyEntries->size(), visits) << "no page update";
-}
-
 TEST_F(BrowserTabNavigation, LoadingLeavesInternalPagesWithTheSixtySecondTimeout) {
     state->openURL("ovel://settings");
     state->openURL("https://a.test/");
@@ -71,7 +52,7 @@ TEST_F(BrowserTabNavigation, ProgressIsReadWhenTheMainQueueRunsAndNeverAfterTheT
 TEST_F(BrowserTabFavicon, AskedOverHttpsOnTheDefaultPortOfThePageHost) {
     view().simulateNavigation("http://Shop.Example.test:8080/cart?x=1", "Shop");
     ASSERT_EQ(favicons.requests.size(), 1u);
-    EXPECT_EQ(favicons.requests[0].first, "https://Shop.Example.test/favicon.ico");
+    EXPECT_EQ(favicons.requests[0].first, "https://shop.example.test/favicon.ico");
 
     view().simulateNavigation("about:blank", "");
     view().simulateNavigation("file:///tmp/a.html", "");

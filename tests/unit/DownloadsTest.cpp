@@ -136,29 +136,5 @@ TEST_F(DownloadsList, ListOperationsChangeOnlyTheEntry) {
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/");
 }
 
-TEST_F(DownloadsList, TheTabNamesTheFileAndReportsItsProgress) {
-    launch();
-    showPage(0, "https://page.test/files", "Files");
-    desktop.existingFiles = {"/home/user/Downloads/a.zip"};
-    auto tab = state->selectedTab();
-    DownloadDelegate& download = *tab;
-    EXPECT_EQ(download.decideDestination("a.zip"), "/home/user/Downloads/a-1.zip");
-    download.downloadDidFail("Connection reset");
-    mainQueue.drain();
-    EXPECT_EQ(tab->lastDownloadMessage.get(), "Download failed: Connection reset");
-    ASSERT_EQ(state->downloads->size(), 1u);
-    const DownloadRecord record = state->downloads->front();
-    EXPECT_EQ(record.fileName, "a-1.zip");
-    EXPECT_EQ(record.sourceURL, "https://page.test/files");
-    EXPECT_EQ(record.destinationPath, "/home/user/Downloads/a-1.zip");
-    EXPECT_EQ(record.status, DownloadStatus::Failed);
-
-    desktop.downloads.reset();
-    EXPECT_FALSE(download.decideDestination("b.zip"))
-        << "no Downloads folder abandons the download";
-    mainQueue.drain();
-    EXPECT_EQ(state->downloads->size(), 1u);
-}
-
 } // namespace
 } // namespace ovel::test

@@ -3,7 +3,6 @@
 #include <gio/gio.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -74,43 +73,6 @@ TEST_F(GioDesktopTest, FileExistsForAnythingAtThePathEvenADanglingLink) {
     const GioDesktop desktop;
     for (const auto& c : cases) {
         EXPECT_EQ(desktop.fileExists(c.path), c.exists) << c.path;
-    }
-}
-
-// GLib reads $HOME and user-dirs.dirs once per process, so each case runs in a new process.
-[[noreturn]] void exitZeroWhenDownloadsFolderIs(const char* userDirs, const char* expectedName) {
-    const fs::path home = makeTemporaryFolder();
-    setenv("HOME", home.c_str(), 1);
-    setenv("XDG_CONFIG_HOME", (home / ".config").c_str(), 1);
-    if (userDirs) {
-        fs::create_directories(home / ".config");
-        std::ofstream(home / ".config" / "user-dirs.dirs") << userDirs;
-    }
-    const auto folder = GioDesktop().downloadsFolder();
-    const std::string expected = home / expectedName;
-    const bool right = folder == expected && fs::is_directory(expected);
-    if (!right) {
-        std::fprintf(stderr, "got %s, expected %s\n", folder ? folder->c_str() : "none",
-                     expected.c_str());
-    }
-    fs::remove_all(home);
-    std::_Exit(right ? 0 : 1);
-}
-
-TEST(GioDesktopInFreshProcess, DownloadsFolderFollowsUserDirs) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const struct {
-        const char* userDirs;
-        const char* expectedName;
-    } cases[] = {
-        {nullptr, "Downloads"},
-        {"XDG_DOWNLOAD_DIR=\"$HOME/\"\n", "Downloads"},
-        {"XDG_DOWNLOAD_DIR=\"$HOME/Incoming\"\n", "Incoming"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EXIT(exitZeroWhenDownloadsFolderIs(c.userDirs, c.expectedName),
-                    ::testing::ExitedWithCode(0), "")
-            << (c.userDirs ? c.userDirs : "no user-dirs.dirs");
     }
 }
 

@@ -1,5 +1,6 @@
 #include "web/webkit/WebKitDownloadAdapter.h"
 
+#include <glib/gstdio.h>
 #include <webkit/webkit.h>
 
 namespace ovel {
@@ -23,13 +24,21 @@ void WebKitDownloadAdapter::setDelegate(std::weak_ptr<DownloadDelegate> delegate
     delegate_ = std::move(delegate);
 }
 
+void WebKitDownloadAdapter::cancel() {
+    if (!self_ || cancelled_) {
+        return; // already ended
+    }
+    cancelled_ = true;
+    webkit_download_cancel(download_.get());
+}
+
 int WebKitDownloadAdapter::onDecideDestination(WebKitDownload* download, char* suggestedFilename,
                                                WebKitDownloadAdapter* self) {
     // WebKit may suggest an empty name (for ".."); the delegate makes a usable one of it.
     const std::string_view suggested = suggestedFilename != nullptr ? suggestedFilename : "";
     std::optional<std::string> destination;
     if (auto delegate = self->delegate_.lock()) {
-        destination = delegate->decideDestination(suggested);
+        destination = delegate->decideDestination(*self, suggested);
     }
     if (!destination) {
         self->abandoned_ = true;
@@ -47,13 +56,14 @@ int WebKitDownloadAdapter::onDecideDestination(WebKitDownload* download, char* s
     }
     webkit_download_set_allow_overwrite(download, FALSE);
     webkit_download_set_destination(download, destination->c_str());
+    self->destination_ = destination;
     return TRUE;
 }
 
 void WebKitDownloadAdapter::onFinished(WebKitDownload*, WebKitDownloadAdapter* self) {
     auto keepAlive = self->release();
     if (auto delegate = self->delegate_.lock()) {
-        delegate->downloadDidFinish();
+        delegate->downloadDidFinish(*self);
     }
 }
 
@@ -65,10 +75,16 @@ void WebKitDownloadAdapter::onFailed(WebKitDownload*, GError* error, WebKitDownl
     if (self->abandoned_) {
         return;
     }
+    if (self->cancelled_ && self->destination_) {
+        // WebKit writes to the destination plus ".wkdownload" until the end and may leave it;
+        // the destination itself did not exist before this download (see above).
+        g_remove((*self->destination_ + ".wkdownload").c_str());
+        g_remove(self->destination_->c_str());
+    }
     if (auto delegate = self->delegate_.lock()) {
-        delegate->downloadDidFail(self->failureMessage_ ? *self->failureMessage_
-                                  : error != nullptr    ? error->message
-                                                        : "");
+        delegate->downloadDidFail(*self, self->failureMessage_ ? *self->failureMessage_
+                                         : error != nullptr    ? error->message
+                                                               : "");
     }
 }
 

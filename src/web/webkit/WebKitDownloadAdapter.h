@@ -25,6 +25,7 @@ public:
     WebKitDownloadAdapter& operator=(const WebKitDownloadAdapter&) = delete;
 
     void setDelegate(std::weak_ptr<DownloadDelegate> delegate) override;
+    void cancel() override;
 
     WebKitDownload* download() const { return download_.get(); }
 
@@ -47,6 +48,10 @@ private:
     bool abandoned_ = false;
     // Cancelled for a reason of ours, reported instead of WebKit's "cancelled".
     std::optional<std::string> failureMessage_;
+    // Cancelled by cancel(): what the transfer wrote is removed when WebKit reports the end.
+    bool cancelled_ = false;
+    // Set once WebKit has been told where to write.
+    std::optional<std::string> destination_;
 };
 
 } // namespace ovel

@@ -1,5 +1,6 @@
 #include "web/webkit/WebKitWebViewAdapter.h"
 
+#include "web/ContentPolicies.h"
 #include "web/Url.h"
 
 #include "web/webkit/WebKitContentRuleList.h"
@@ -84,6 +85,7 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     signals_.connect(view, "notify::title", G_CALLBACK(&onTitleChanged), this);
     signals_.connect(view, "notify::uri", G_CALLBACK(&onUriChanged), this);
     signals_.connect(view, "notify::estimated-load-progress", G_CALLBACK(&onProgressChanged), this);
+    signals_.connect(view, "resource-load-started", G_CALLBACK(&onResourceLoadStarted), this);
     signals_.connect(view, "notify::is-loading", G_CALLBACK(&onLoadingChanged), this);
     signals_.connect(view, "decide-policy", G_CALLBACK(&onDecidePolicy), this);
     signals_.connect(view, "permission-request", G_CALLBACK(&onPermissionRequest), this);
@@ -125,8 +127,11 @@ void WebKitWebViewAdapter::load(const LoadRequest& request) {
     requestedUri_ = request.url;
     requestLoad([this, request] {
         showingTitlelessHTML_ = false;
-        // WebKit has no request time-out of its own: a timer from the start of the load stops it.
-        loadTimer_.start(request.timeout, [this] { timedLoadExpired(); });
+        // WebKit has no request time-out of its own. The timer stops a load that has gone this
+        // long without anything arriving; every arrival starts it over, so a slow page that
+        // keeps sending is never cut off.
+        idleTimeout_ = request.timeout;
+        loadTimer_.start(idleTimeout_, [this] { timedLoadExpired(); });
         timedLoadPending_ = true;
         timedLoadRunning_ = false;
         webkit_web_view_load_uri(view_.get(), request.url.c_str());
@@ -207,6 +212,12 @@ void WebKitWebViewAdapter::forgetTimedLoad() {
     timedLoadRunning_ = false;
 }
 
+void WebKitWebViewAdapter::noteActivity() {
+    if (timedLoadPending_ || timedLoadRunning_) {
+        loadTimer_.start(idleTimeout_, [this] { timedLoadExpired(); });
+    }
+}
+
 void WebKitWebViewAdapter::timedLoadExpired() {
     const bool wasRunning = timedLoadRunning_;
     timedLoadPending_ = false;
@@ -238,8 +249,12 @@ std::optional<std::string> WebKitWebViewAdapter::url() const {
 }
 
 std::optional<std::string> WebKitWebViewAdapter::title() const {
-    // WebKit resets the title to empty at each commit and has no "no title": empty is none.
-    return nonEmpty(webkit_web_view_get_title(view_.get()));
+    // WebKit resets the title to empty at each commit and has no "no title": empty is none,
+    // unless the page was found to have an empty title element.
+    if (auto title = nonEmpty(webkit_web_view_get_title(view_.get()))) {
+        return title;
+    }
+    return hasEmptyTitle_ ? std::optional<std::string>(std::string()) : std::nullopt;
 }
 
 // There are no can-go-back properties to observe; the back-forward list is current by the time
@@ -308,6 +323,8 @@ void WebKitWebViewAdapter::addUserScript(const UserScript& script) {
 void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebViewAdapter* self) {
     switch (static_cast<WebKitLoadEvent>(event)) {
     case WEBKIT_LOAD_STARTED:
+        self->hasEmptyTitle_ = false;
+        ++self->titleQuery_;
         // A navigation that replaces the timed one first fails it, which ends the time-out.
         if (self->timedLoadPending_) {
             self->timedLoadPending_ = false;
@@ -318,6 +335,8 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
     case WEBKIT_LOAD_REDIRECTED:
         break;
     case WEBKIT_LOAD_COMMITTED:
+        self->hasEmptyTitle_ = false;
+        ++self->titleQuery_;
         self->noteCommittedUri();
         break;
     case WEBKIT_LOAD_FINISHED:
@@ -335,6 +354,7 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
             self->sequencer_.loadFinished(LoadEventSequencer::Title::Absent);
         } else {
             self->sequencer_.loadFinished(LoadEventSequencer::Title::Pending);
+            self->askForTitleElement();
         }
         self->releaseHeldLoad();
         break;
@@ -391,7 +411,53 @@ void WebKitWebViewAdapter::noteCommittedUri() {
 
 void WebKitWebViewAdapter::onProgressChanged(WebKitWebView*, GParamSpec*,
                                              WebKitWebViewAdapter* self) {
+    // WebKit's estimate moves as the page's bytes arrive.
+    self->noteActivity();
     self->delegate_.estimatedProgressDidChange();
+}
+
+void WebKitWebViewAdapter::onResourceLoadStarted(WebKitWebView* view, WebKitWebResource* resource,
+                                                 WebKitURIRequest*, WebKitWebViewAdapter* self) {
+    self->noteActivity();
+    // A resource's response and its end count as arrivals too. Connected through the view, so
+    // an adapter that is gone is not called.
+    g_signal_connect_object(resource, "notify::response", G_CALLBACK(&onResourceEvent), view,
+                            G_CONNECT_SWAPPED);
+    g_signal_connect_object(resource, "finished", G_CALLBACK(&onResourceEvent), view,
+                            G_CONNECT_SWAPPED);
+}
+
+void WebKitWebViewAdapter::onResourceEvent(WebKitWebView* view) {
+    if (auto* self = forWebKitView(view)) {
+        self->noteActivity();
+    }
+}
+
+void WebKitWebViewAdapter::askForTitleElement() {
+    // WebKit reports an empty <title></title> as no title at all; the page itself can tell. (A
+    // title WebKit has not passed on yet reads as itself here, not as empty.)
+    static constexpr std::string_view script =
+        "document.querySelector('title') !== null && document.title === ''";
+    webkit_web_view_evaluate_javascript(view_.get(), script.data(), gssize(script.size()), nullptr,
+                                        nullptr, nullptr, &onTitleElementAnswer,
+                                        GUINT_TO_POINTER(titleQuery_));
+}
+
+void WebKitWebViewAdapter::onTitleElementAnswer(GObject* view, GAsyncResult* result, void* query) {
+    GError* error = nullptr;
+    JSCValue* answer =
+        webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, &error);
+    const bool hasTitleElement = answer != nullptr && jsc_value_to_boolean(answer);
+    g_clear_object(&answer);
+    g_clear_error(&error);
+    // The view outlives the call (the call holds it); the adapter may be gone.
+    auto* self = forWebKitView(WEBKIT_WEB_VIEW(view));
+    if (self == nullptr || GPOINTER_TO_UINT(query) != self->titleQuery_ || !hasTitleElement ||
+        nonEmpty(webkit_web_view_get_title(WEBKIT_WEB_VIEW(view)))) {
+        return;
+    }
+    self->hasEmptyTitle_ = true;
+    self->sequencer_.titleChanged(true);
 }
 
 int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, int type,
@@ -444,16 +510,9 @@ int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* d
 }
 
 std::string WebKitWebViewAdapter::currentHost() const {
-    if (!committedUri_) {
-        return {};
-    }
-    g_autoptr(GUri) uri = g_uri_parse(committedUri_->c_str(), G_URI_FLAGS_NONE, nullptr);
-    const char* host = uri != nullptr ? g_uri_get_host(uri) : nullptr;
-    if (host == nullptr) {
-        return {};
-    }
-    g_autofree char* lower = g_ascii_strdown(host, -1);
-    return lower;
+    // The same key the browser state files the site's rule under.
+    const std::optional<Url> url = committedUri_ ? Url::fromEngine(*committedUri_) : std::nullopt;
+    return url ? siteRuleKey(*url).value_or(std::string()) : std::string();
 }
 
 int WebKitWebViewAdapter::onPermissionRequest(WebKitWebView*, WebKitPermissionRequest* request,

@@ -18,6 +18,9 @@ typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitDownload WebKitDownload;
 typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
 typedef struct _WebKitPermissionRequest WebKitPermissionRequest;
+typedef struct _WebKitWebResource WebKitWebResource;
+typedef struct _WebKitURIRequest WebKitURIRequest;
+typedef struct _GAsyncResult GAsyncResult;
 
 namespace ovel {
 
@@ -74,6 +77,11 @@ private:
     static void onLoadingChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onUriChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onProgressChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
+    static void onResourceLoadStarted(WebKitWebView* view, WebKitWebResource* resource,
+                                      WebKitURIRequest*, WebKitWebViewAdapter* self);
+    // Connected swapped: the view comes first, the signal's own arguments are not needed.
+    static void onResourceEvent(WebKitWebView* view);
+    static void onTitleElementAnswer(GObject* view, GAsyncResult* result, void* query);
     static int onDecidePolicy(WebKitWebView* view, WebKitPolicyDecision* decision, int type,
                               WebKitWebViewAdapter* self);
     static int onPermissionRequest(WebKitWebView* view, WebKitPermissionRequest* request,
@@ -85,12 +93,16 @@ private:
     // Called at every end of a load: the first one to end hands a kept load to WebKit.
     void releaseHeldLoad();
     void noteCommittedUri();
-    // The lower-cased host of the page shown; empty when it has none.
+    // The site-rule key of the page shown (siteRuleKey); empty when it has no host.
     std::string currentHost() const;
     void askUser(WebKitPermissionRequest* request, PermissionQuestion question);
     // Drops the time-out of the last load(), which no longer concerns what is loading.
     void forgetTimedLoad();
     void timedLoadExpired();
+    // Something of the page arrived: the time-out of the last load() starts over.
+    void noteActivity();
+    // Asks the page whether it has a title element, once WebKit reports no title.
+    void askForTitleElement();
 
     GObjectRef<WebKitWebView> view_;
     WebViewDelegate& delegate_;
@@ -107,6 +119,12 @@ private:
     bool timedLoadPending_ = false;
     // The load() with a time-out is the navigation under way.
     bool timedLoadRunning_ = false;
+    // How long the last load() may go without anything arriving.
+    std::chrono::milliseconds idleTimeout_{0};
+    // The page shown has a title element whose text is empty.
+    bool hasEmptyTitle_ = false;
+    // Counts the pages: an answer about the title element of an earlier one is dropped.
+    unsigned titleQuery_ = 0;
     // The last thing asked for was generated HTML without a title element.
     bool showingTitlelessHTML_ = false;
     bool firstLoadAsked_ = false;
