@@ -31,10 +31,10 @@ TEST(Panels, ASidebarBookmarkLoadsInTheSelectedTab) {
                     encodeBookmarks({{"Saved page", server.url("/saved")}}));
     ASSERT_TRUE(browser.launch());
     ProcessBrowserDriver driver(browser);
-    ASSERT_TRUE(driver.waitFor("push button", "Toggle Sidebar", 60s)) << driver.dump();
+    ASSERT_TRUE(driver.waitFor("push button", "Show Sidebar", 60s)) << driver.dump();
     EXPECT_FALSE(driver.exists("push button", "Saved page")) << "the sidebar starts hidden";
 
-    ASSERT_TRUE(driver.click("push button", "Toggle Sidebar"));
+    ASSERT_TRUE(driver.click("push button", "Show Sidebar"));
     ASSERT_TRUE(driver.waitFor("push button", "Saved page", 10s)) << driver.dump();
     ASSERT_TRUE(driver.click("push button", "Saved page"));
     EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return server.requestCount("/saved") > 0; }, 30s));

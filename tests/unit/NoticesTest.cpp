@@ -97,7 +97,7 @@ TEST_F(Notices, EachOperationIsAnnouncedOnceAndOnlyWhenTheStateIsWhole) {
         {"switch to a new profile",
          none,
          [](Notices&, BrowserState& s) { s.createProfile(); },
-         {"profiles: 2", "activeProfile: 00000000-0000-4000-8000-00000000000B", "history: 0",
+         {"profiles: 2", "activeProfile: 00000000-0000-4000-8000-000000000008", "history: 0",
           "tabs: replaced", "selection: 2 -> 0", "addressText: "}},
         {"delete the active profile",
          [](Notices&, BrowserState& s) { s.createProfile(); },

@@ -63,7 +63,7 @@ TEST_F(SheetQueries, PaletteListsCommandsThenTabsThenWorkspaces) {
         "Close Duplicate Tabs | Keep one copy of each page",
         "Close Other Tabs | Keep only current tab",
         "Switch to New Tab | Start Page",
-        "Switch to Morning Tabloid | News.Example.com",
+        "Switch to Morning Tabloid | news.example.com",
         "Switch to Kernel docs | docs.kernel.org",
         "Switch to New Tab | Start Page",
         "Restore Workspace: Solo | 1 tab(s)",
