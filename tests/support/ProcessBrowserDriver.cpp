@@ -89,9 +89,10 @@ bool ProcessBrowserDriver::type(const std::string& text) const {
         .has_value();
 }
 
-bool ProcessBrowserDriver::clickAt(int x, int y) const {
+bool ProcessBrowserDriver::clickAt(int x, int y, int button) const {
     return run({"xdotool", "search", "--sync", "--limit", "1", "--name", "^Ovel Web$", "mousemove",
-                "--window", "%1", std::to_string(x), std::to_string(y), "click", "1"})
+                "--window", "%1", std::to_string(x), std::to_string(y), "click",
+                std::to_string(button)})
         .has_value();
 }
 

@@ -32,8 +32,8 @@ public:
     // Presses keys on the browser's window: xdotool's names, e.g. "ctrl+t", "Return".
     bool keys(const std::string& combination) const;
     bool type(const std::string& text) const;
-    // A click of the left button at a point of the window.
-    bool clickAt(int x, int y) const;
+    // A click at a point of the window: button 1 is the left one, 2 the middle, 3 the right.
+    bool clickAt(int x, int y, int button = 1) const;
 
 private:
     // Runs a command, returning its standard output when it exits with status 0.
