@@ -1,8 +1,5 @@
-#include "records/RecordsJson.h"
-#include "state/BrowserState.h"
+#include "e2e/E2eSteps.h"
 #include "support/LoopbackServer.h"
-#include "support/ProcessBrowser.h"
-#include "support/ProcessBrowserDriver.h"
 
 #include <gtest/gtest.h>
 
@@ -13,21 +10,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr const char* profileID = "5A3C8E1F-1111-4222-8333-444455556666";
-
-// A fresh profile whose store already names its one profile, so a test can seed its data.
-void seedProfile(ProcessBrowser& browser) {
-    writeStoredBlob(browser.settingsFile(), std::string(BrowserState::profilesKey),
-                    encodeProfiles({{profileID, "Default"}}));
-}
-
 TEST(Panels, ASidebarBookmarkLoadsInTheSelectedTab) {
     LoopbackServer server;
     server.serveHtml("/saved", "<title>Saved page</title><p>saved");
     ProcessBrowser browser;
     seedProfile(browser);
-    writeStoredBlob(browser.settingsFile(),
-                    BrowserState::profileKey(BrowserState::bookmarksKeyBase, profileID),
+    seedProfileBlob(browser, BrowserState::bookmarksKeyBase,
                     encodeBookmarks({{"Saved page", server.url("/saved")}}));
     ASSERT_TRUE(browser.launch());
     ProcessBrowserDriver driver(browser);
@@ -39,12 +27,9 @@ TEST(Panels, ASidebarBookmarkLoadsInTheSelectedTab) {
     ASSERT_TRUE(driver.click("push button", "Saved page"));
     EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return server.requestCount("/saved") > 0; }, 30s));
     // The stored session says where it loaded: in the one tab there was, not in a new one.
-    const std::string sessionKey =
-        BrowserState::profileKey(BrowserState::sessionKeyBase, profileID);
     EXPECT_TRUE(ProcessBrowser::waitUntil(
         [&] {
-            auto blob = readStoredValue(browser.settingsFile(), sessionKey);
-            auto session = blob ? decodeSession(*blob) : std::nullopt;
+            auto session = storedSession(browser);
             return session && session->tabs.size() == 1 &&
                    session->tabs[0].url == server.url("/saved");
         },
