@@ -120,8 +120,7 @@ TabItem::TabItem(BrowserState& state, std::shared_ptr<BrowserTab> tab)
         g_object_unref(action);
     }
 
-    connectGestures();
-    connectDragAndDrop();
+    connectDragAndDrop(connectGestures());
     connections_.add(state_.dropTargetTabID.changed().connect(
         [this](const std::optional<Uuid>&) { showDropIndicators(); }));
     connections_.add(
@@ -205,7 +204,7 @@ void TabItem::popUpMenu(double x, double y) {
     gtk_popover_popup(GTK_POPOVER(popover_.get()));
 }
 
-void TabItem::connectGestures() {
+GtkGesture* TabItem::connectGestures() {
     GtkGesture* select = gtk_gesture_click_new();
     gtk_gesture_single_set_button(GTK_GESTURE_SINGLE(select), GDK_BUTTON_PRIMARY);
     signals_.connect(select, "released", [this](GtkGestureClick*, int presses, double, double) {
@@ -235,6 +234,7 @@ void TabItem::connectGestures() {
                      [this](GtkEventControllerMotion*, double, double) { hover(true); });
     signals_.connect(motion, "leave", [this](GtkEventControllerMotion*) { hover(false); });
     gtk_widget_add_controller(capsule(), motion);
+    return select;
 }
 
 void TabItem::hover(bool inside) {
@@ -250,9 +250,22 @@ double TabItem::fromLeadingEdge(double x) const {
     return x - bounds.origin.x;
 }
 
-void TabItem::connectDragAndDrop() {
+void TabItem::connectDragAndDrop(GtkGesture* select) {
     GtkDragSource* source = gtk_drag_source_new();
     gtk_drag_source_set_actions(source, GDK_ACTION_MOVE);
+    // A press on a tab belongs to the tab: claimed at once, it is denied to the window handle
+    // around the strip, which would otherwise start moving the window when the pointer passes
+    // the drag threshold and so end the tab's drag. A press on the close button is the button's.
+    signals_.connect(source, "begin", [this](GtkGesture* gesture, GdkEventSequence* sequence) {
+        double x = 0;
+        double y = 0;
+        gtk_gesture_get_point(gesture, sequence, &x, &y);
+        GtkWidget* hit = gtk_widget_pick(capsule(), x, y, GTK_PICK_DEFAULT);
+        if (hit != nullptr && (hit == closeButton_ || gtk_widget_is_ancestor(hit, closeButton_))) {
+            return;
+        }
+        gtk_gesture_set_sequence_state(gesture, sequence, GTK_EVENT_SEQUENCE_CLAIMED);
+    });
     signals_.connect(source, "prepare",
                      [this](GtkDragSource*, double, double) -> GdkContentProvider* {
                          state_.beginTabDrag(tab_->id());
@@ -266,6 +279,8 @@ void TabItem::connectDragAndDrop() {
     signals_.connect(source, "drag-end",
                      [this](GtkDragSource*, GdkDrag*, gboolean) { dragPreview_.reset(); });
     gtk_widget_add_controller(capsule(), GTK_EVENT_CONTROLLER(source));
+    // The click that selects shares the claim, so a press without a drag still selects.
+    gtk_gesture_group(select, GTK_GESTURE(source));
 
     GtkDropTarget* target = gtk_drop_target_new(G_TYPE_STRING, GDK_ACTION_MOVE);
     // The pointer's place is read in motion and drop: the one GTK gives on entering is not

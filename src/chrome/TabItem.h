@@ -46,8 +46,11 @@ public:
 private:
     int index() const;
     void showDropIndicators();
-    void connectGestures();
-    void connectDragAndDrop();
+    // Returns the primary-button click gesture.
+    GtkGesture* connectGestures();
+    // `select` is the primary-button click that selects the tab; the drag starts from the same
+    // press.
+    void connectDragAndDrop(GtkGesture* select);
     void hover(bool inside);
     // `x` in the capsule's own coordinates, measured from its outer leading edge.
     double fromLeadingEdge(double x) const;

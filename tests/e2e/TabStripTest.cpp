@@ -62,5 +62,43 @@ TEST(TabStrip, TabsCloseAndPinFromTheStripAndTheKeptTabNavigates) {
     EXPECT_EQ(session->tabs[0].url, server.url("/one")) << "Back went to the first page";
 }
 
+TEST(TabStrip, DraggingTheThirdTabOntoTheLeadingHalfOfTheFirstMovesItToTheFront) {
+    LoopbackServer server;
+    server.serveHtml("/one", "<title>Alpha page</title><p>one");
+    server.serveHtml("/two", "<title>Bravo page</title><p>two");
+    server.serveHtml("/three", "<title>Charlie page</title><p>three");
+    ProcessBrowser browser;
+    seedProfile(browser);
+    seedProfileBlob(
+        browser, BrowserState::sessionKeyBase,
+        encodeSession({0, {{server.url("/one")}, {server.url("/two")}, {server.url("/three")}}}));
+    ASSERT_TRUE(browser.launch());
+    ProcessBrowserDriver driver(browser);
+    for (const char* title : {"Alpha page", "Bravo page", "Charlie page"}) {
+        ASSERT_TRUE(driver.waitFor("page tab", title, 60s)) << title << "\n" << driver.dump();
+    }
+    auto alpha = driver.extents("page tab", "Alpha page");
+    auto charlie = driver.extents("page tab", "Charlie page");
+    ASSERT_TRUE(alpha && charlie) << driver.dump();
+
+    // Within the first 72 points of the first tab: the dragged tab goes before it.
+    ASSERT_TRUE(driver.drag(charlie->x + charlie->width / 2, charlie->y + charlie->height / 2,
+                            alpha->x + 20, alpha->y + alpha->height / 2));
+    auto firstUrl = [&] {
+        auto session = storedSession(browser);
+        return session && !session->tabs.empty() ? session->tabs[0].url : std::nullopt;
+    };
+    EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return firstUrl() == server.url("/three"); }, 20s))
+        << "the drop reorders the stored session";
+
+    EXPECT_EQ(browser.quit(), 0);
+    auto session = storedSession(browser);
+    ASSERT_TRUE(session);
+    ASSERT_EQ(session->tabs.size(), 3u);
+    EXPECT_EQ(session->tabs[0].url, server.url("/three"));
+    EXPECT_EQ(session->tabs[1].url, server.url("/one"));
+    EXPECT_EQ(session->tabs[2].url, server.url("/two"));
+}
+
 } // namespace
 } // namespace ovel::test

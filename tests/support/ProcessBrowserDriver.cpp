@@ -96,4 +96,37 @@ bool ProcessBrowserDriver::clickAt(int x, int y, int button) const {
         .has_value();
 }
 
+bool ProcessBrowserDriver::drag(int fromX, int fromY, int toX, int toY) const {
+    // A drag crosses widgets, so it moves in screen coordinates from the window's origin.
+    const auto geometry = run({"xdotool", "search", "--sync", "--onlyvisible", "--limit", "1",
+                               "--name", "^Ovel Web$", "getwindowgeometry", "--shell"});
+    int originX = 0;
+    int originY = 0;
+    if (!geometry ||
+        std::sscanf(geometry->c_str(), "WINDOW=%*d X=%d Y=%d", &originX, &originY) != 2) {
+        return false;
+    }
+    auto at = [](int x, int y) {
+        return std::vector<std::string>{"mousemove", std::to_string(x), std::to_string(y)};
+    };
+    std::vector<std::string> argv{"xdotool"};
+    auto add = [&](std::vector<std::string> words) {
+        argv.insert(argv.end(), words.begin(), words.end());
+    };
+    const int sx = originX + fromX, sy = originY + fromY, tx = originX + toX, ty = originY + toY;
+    add(at(sx, sy));
+    add({"mousedown", "1"});
+    add(at(sx + 20, sy));
+    add({"sleep", "0.3"});
+    // Across in steps, as a hand moves, then a pause over the target before letting go.
+    for (int step = 1; step <= 5; ++step) {
+        add(at(sx + 20 + (tx - sx - 20) * step / 5, sy + (ty - sy) * step / 5));
+        add({"sleep", "0.1"});
+    }
+    add(at(tx + 1, ty));
+    add({"sleep", "0.3"});
+    add({"mouseup", "1"});
+    return run(argv).has_value();
+}
+
 } // namespace ovel::test

@@ -34,6 +34,9 @@ public:
     bool type(const std::string& text) const;
     // A click at a point of the window: button 1 is the left one, 2 the middle, 3 the right.
     bool clickAt(int x, int y, int button = 1) const;
+    // Presses the left button at one point of the window, moves with pauses GTK needs to see a
+    // drag begin and hover a target, and lets go at the other.
+    bool drag(int fromX, int fromY, int toX, int toY) const;
 
 private:
     // Runs a command, returning its standard output when it exits with status 0.
