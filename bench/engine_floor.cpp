@@ -1,6 +1,9 @@
-// The engine floor for the start-up benchmark: the least a WebKitGTK browser can do to show
-// the start page. One window, one web view, the same HTML; prints the same line as the
-// browser's start-up probe at the first frame after the page finished loading, then exits.
+// The engine floor the browser is measured against: the least a WebKitGTK browser can do. One
+// window holding one web view per address given (the first shown, the rest loading behind it,
+// as a browser's background tabs do), or the start page when none is given. Prints the same
+// line as the browser's start-up probe at the first frame after the shown page finished
+// loading; then exits, or with --stay keeps running until killed.
+//   engine_floor [--stay] [URL...]
 
 #include "web/StartPage.h"
 
@@ -8,25 +11,30 @@
 #include <webkit/webkit.h>
 
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
 struct Floor {
     GtkWindow* window = nullptr;
     GMainLoop* loop = nullptr;
+    bool stay = false;
 };
 
 void onAfterPaint(GdkFrameClock* clock, Floor* floor) {
     std::printf("ovel-web: first page frame\n");
     std::fflush(stdout);
     g_signal_handlers_disconnect_by_func(clock, reinterpret_cast<gpointer>(onAfterPaint), floor);
-    g_main_loop_quit(floor->loop);
+    if (!floor->stay) {
+        g_main_loop_quit(floor->loop);
+    }
 }
 
-void onLoadChanged(WebKitWebView*, WebKitLoadEvent event, Floor* floor) {
+void onLoadChanged(WebKitWebView* view, WebKitLoadEvent event, Floor* floor) {
     if (event != WEBKIT_LOAD_FINISHED) {
         return;
     }
+    g_signal_handlers_disconnect_by_func(view, reinterpret_cast<gpointer>(onLoadChanged), floor);
     GdkFrameClock* clock = gtk_widget_get_frame_clock(GTK_WIDGET(floor->window));
     g_signal_connect(clock, "after-paint", G_CALLBACK(onAfterPaint), floor);
     gtk_widget_queue_draw(GTK_WIDGET(floor->window));
@@ -34,17 +42,34 @@ void onLoadChanged(WebKitWebView*, WebKitLoadEvent event, Floor* floor) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
     gtk_init();
     Floor floor;
+    int first = 1;
+    if (argc > 1 && std::strcmp(argv[1], "--stay") == 0) {
+        floor.stay = true;
+        first = 2;
+    }
     floor.loop = g_main_loop_new(nullptr, FALSE);
     floor.window = GTK_WINDOW(gtk_window_new());
     gtk_window_set_default_size(floor.window, 1200, 780);
-    GtkWidget* view = webkit_web_view_new();
-    g_signal_connect(view, "load-changed", G_CALLBACK(onLoadChanged), &floor);
-    gtk_window_set_child(floor.window, view);
-    webkit_web_view_load_html(WEBKIT_WEB_VIEW(view),
-                              ovel::startPageHTML(ovel::BrowserTheme::Midnight).c_str(), nullptr);
+    GtkWidget* stack = gtk_stack_new();
+    gtk_window_set_child(floor.window, stack);
+    for (int i = first; i < argc || i == first; ++i) {
+        // Views after the first share its web process configuration, as tabs of one browser do.
+        GtkWidget* view = webkit_web_view_new();
+        gtk_stack_add_child(GTK_STACK(stack), view);
+        if (i == first) {
+            g_signal_connect(view, "load-changed", G_CALLBACK(onLoadChanged), &floor);
+        }
+        if (i < argc) {
+            webkit_web_view_load_uri(WEBKIT_WEB_VIEW(view), argv[i]);
+        } else {
+            webkit_web_view_load_html(WEBKIT_WEB_VIEW(view),
+                                      ovel::startPageHTML(ovel::BrowserTheme::Midnight).c_str(),
+                                      nullptr);
+        }
+    }
     gtk_window_present(floor.window);
     g_main_loop_run(floor.loop);
     gtk_window_destroy(floor.window);

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 namespace ovel {
 
@@ -46,7 +47,12 @@ void StartupProbe::waitForFrame() {
     signals_.connect(frameClock, "after-paint", [this](GdkFrameClock*) {
         std::printf("ovel-web: first page frame\n");
         std::fflush(stdout);
-        g_application_quit(application_);
+        // "stay" keeps the browser running for measurements after start-up.
+        if (std::string_view(std::getenv("OVEL_STARTUP_PROBE")) != "stay") {
+            g_application_quit(application_);
+        }
+        // Last: this handler goes with it.
+        signals_.disconnectAll();
     });
     gtk_widget_queue_draw(GTK_WIDGET(window_));
 }

@@ -14,8 +14,8 @@ class BrowserState;
 
 // Start-up measurement: when OVEL_STARTUP_PROBE is set, waits for the selected tab's first
 // page to finish loading, then for the next frame the window draws, prints
-// "ovel-web: first page frame" on standard output and quits. The benchmark in bench/ times
-// the launch up to that line.
+// "ovel-web: first page frame" on standard output and quits (or, when the variable is "stay",
+// keeps running). The benchmarks in bench/ time the launch up to that line.
 class StartupProbe {
 public:
     static std::unique_ptr<StartupProbe> fromEnvironment(BrowserState& state, GtkWindow* window,
