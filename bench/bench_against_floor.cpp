@@ -412,6 +412,20 @@ double cpuPercentOver(const Process& process, std::chrono::seconds span) {
     return 100 * (treeCpuSeconds(process.pid) - before) / static_cast<double>(span.count());
 }
 
+// With OVEL_BENCH_PROFILE=<folder>, the first run's 10 s after the load are also recorded with
+// `perf record` over the whole process tree, one file per program, to see where the time goes.
+void profileTree(const Process& process, const std::string& file) {
+    std::string pids;
+    for (int pid : processTree(process.pid)) {
+        pids += (pids.empty() ? "" : ",") + std::to_string(pid);
+    }
+    std::string command =
+        "perf record -q -g -F 999 -o '" + file + "' -p " + pids + " -- sleep 10 >/dev/null 2>&1 &";
+    if (std::system(command.c_str()) != 0) {
+        std::printf("perf could not start\n");
+    }
+}
+
 void cpu(int runs) {
     std::map<Program, Figures> afterLoad, idle, unmapped;
     for (int run = 0; run < runs; ++run) {
@@ -420,6 +434,9 @@ void cpu(int runs) {
             auto process = startLoaded(program, server, 1, 0ms);
             if (!process) {
                 continue;
+            }
+            if (const char* folder = std::getenv("OVEL_BENCH_PROFILE"); folder && run == 0) {
+                profileTree(*process, std::string(folder) + "/" + nameOf(program) + ".perf");
             }
             afterLoad[program].values.push_back(cpuPercentOver(*process, 10s));
             idle[program].values.push_back(cpuPercentOver(*process, 10s));
