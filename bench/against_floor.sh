@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The browser against the engine floor, under Xvfb as the tests run (see the program's header):
-#   bash bench/against_floor.sh [startup|memory|cpu|all] [runs]
+#   bash bench/against_floor.sh [startup|memory|cpu|related|all] [runs]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/env.sh

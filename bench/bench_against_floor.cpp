@@ -2,12 +2,13 @@
 // web views), run side by side, alternating, on the same loopback pages. Each figure is the
 // median over the runs, with its spread, and the ratio browser / floor.
 //
-//   bash bench/against_floor.sh [startup|memory|cpu|all] [runs]
+//   bash bench/against_floor.sh [startup|memory|cpu|related|all] [runs]
 //
 // startup: process start to the first frame after the restored tab's page loaded (one tab);
 //          also split at the page's first request.
 // memory:  PSS of the whole process tree with 1, 5 and 20 restored tabs, 5 s after the last
 //          page was requested; the browser's own process alone as well.
+// related: the floor's 20 tabs with related views (one shared web process) against without.
 // cpu:     the whole tree's CPU in % of one core over the 10 s after the page loaded, then
 //          from 10 to 20 s after (idle, window shown), then 10 s with the window unmapped.
 
@@ -173,7 +174,7 @@ gboolean onOutput(GIOChannel* channel, GIOCondition, gpointer data) {
     return G_SOURCE_CONTINUE;
 }
 
-enum class Program { Browser, Floor };
+enum class Program { Browser, Floor, RelatedFloor };
 
 const char* nameOf(Program program) {
     return program == Program::Browser ? "browser" : "floor";
@@ -210,6 +211,9 @@ std::unique_ptr<Process> start(Program program, const std::vector<std::string>& 
         argv.emplace_back(OVEL_WEB_BINARY);
     } else {
         argv = {OVEL_ENGINE_FLOOR_BINARY, "--stay"};
+        if (program == Program::RelatedFloor) {
+            argv.emplace_back("--related");
+        }
         argv.insert(argv.end(), urls.begin(), urls.end());
     }
     std::vector<char*> envp;
@@ -282,11 +286,14 @@ struct Figures {
     }
 };
 
-void report(const std::string& what, const Figures& browser, const Figures& floor,
-            const char* unit) {
-    std::printf("%-44s browser %8.1f %s (%.1f–%.1f)   floor %8.1f %s (%.1f–%.1f)   ratio %.2f\n",
-                what.c_str(), browser.median(), unit, browser.low(), browser.high(), floor.median(),
-                unit, floor.low(), floor.high(),
+// `names` label the two columns: the browser and the floor unless given.
+void report(const std::string& what, const Figures& browser, const Figures& floor, const char* unit,
+            const char* names[2] = nullptr) {
+    static const char* programs[2] = {"browser", "floor"};
+    names = names != nullptr ? names : programs;
+    std::printf("%-44s %s %8.1f %s (%.1f–%.1f)   %s %8.1f %s (%.1f–%.1f)   ratio %.2f\n",
+                what.c_str(), names[0], browser.median(), unit, browser.low(), browser.high(),
+                names[1], floor.median(), unit, floor.low(), floor.high(),
                 floor.median() > 0 ? browser.median() / floor.median() : 0.0);
     std::fflush(stdout);
 }
@@ -406,6 +413,26 @@ void memory(int runs) {
     }
 }
 
+// The experiment of sharing web processes: 20 tabs of one site in the floor, each view in its
+// own web process as the browser does, against all related to the first.
+void related(int runs) {
+    std::map<Program, Figures> tree;
+    for (int run = 0; run < runs; ++run) {
+        for (Program program : {Program::RelatedFloor, Program::Floor}) {
+            ovel::test::LoopbackServer server;
+            auto process = startLoaded(program, server, 20, 5s);
+            if (!process) {
+                continue;
+            }
+            tree[program].values.push_back(treePssMiB(process->pid));
+            stop(*process);
+        }
+    }
+    const char* names[2] = {"related", "separate"};
+    report("floor PSS, 20 tabs of one site", tree[Program::RelatedFloor], tree[Program::Floor],
+           "MiB", names);
+}
+
 double cpuPercentOver(const Process& process, std::chrono::seconds span) {
     const double before = treeCpuSeconds(process.pid);
     spinFor(span);
@@ -474,6 +501,9 @@ int main(int argc, char** argv) {
     }
     if (what == "memory" || what == "all") {
         memory(runs);
+    }
+    if (what == "related") {
+        related(runs);
     }
     if (what == "cpu" || what == "all") {
         cpu(runs);

@@ -3,7 +3,8 @@
 // as a browser's background tabs do), or the start page when none is given. Prints the same
 // line as the browser's start-up probe at the first frame after the shown page finished
 // loading; then exits, or with --stay keeps running until killed.
-//   engine_floor [--stay] [URL...]
+// With --related every view after the first is related to it, so they share its web process.
+//   engine_floor [--stay] [--related] [URL...]
 
 #include "web/StartPage.h"
 
@@ -19,6 +20,7 @@ struct Floor {
     GtkWindow* window = nullptr;
     GMainLoop* loop = nullptr;
     bool stay = false;
+    bool related = false;
 };
 
 void onAfterPaint(GdkFrameClock* clock, Floor* floor) {
@@ -46,9 +48,9 @@ int main(int argc, char** argv) {
     gtk_init();
     Floor floor;
     int first = 1;
-    if (argc > 1 && std::strcmp(argv[1], "--stay") == 0) {
-        floor.stay = true;
-        first = 2;
+    for (; first < argc && std::strncmp(argv[first], "--", 2) == 0; ++first) {
+        floor.stay = floor.stay || std::strcmp(argv[first], "--stay") == 0;
+        floor.related = floor.related || std::strcmp(argv[first], "--related") == 0;
     }
     floor.loop = g_main_loop_new(nullptr, FALSE);
     floor.window = GTK_WINDOW(gtk_window_new());
@@ -56,8 +58,11 @@ int main(int argc, char** argv) {
     GtkWidget* stack = gtk_stack_new();
     gtk_window_set_child(floor.window, stack);
     for (int i = first; i < argc || i == first; ++i) {
-        // Views after the first share its web process configuration, as tabs of one browser do.
-        GtkWidget* view = webkit_web_view_new();
+        GtkWidget* firstView = gtk_widget_get_first_child(stack);
+        GtkWidget* view =
+            floor.related && firstView != nullptr
+                ? GTK_WIDGET(g_object_new(WEBKIT_TYPE_WEB_VIEW, "related-view", firstView, nullptr))
+                : webkit_web_view_new();
         gtk_stack_add_child(GTK_STACK(stack), view);
         if (i == first) {
             g_signal_connect(view, "load-changed", G_CALLBACK(onLoadChanged), &floor);
