@@ -194,6 +194,12 @@ void WebKitWebViewAdapter::goForward() {
 }
 
 void WebKitWebViewAdapter::reload() {
+    // A load WebKit has not started yet (its web process may still be launching) fetches the
+    // page afresh anyway, under the rules and scripts the view has now: reloading would only
+    // throw it away and start over, which at launch costs the restored page its head start.
+    if (timedLoadPending_) {
+        return;
+    }
     forgetTimedLoad();
     // Also brings a crashed page back: WebKit starts a new web process for it.
     webkit_web_view_reload(view_.get());
