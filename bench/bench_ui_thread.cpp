@@ -1,0 +1,222 @@
+// How long the UI thread is held by what the user does most, with every save it causes going to
+// a real settings file: recording a visit with a full history (500 entries), a tab operation
+// among 100 tabs, and switching between two profiles that each hold 100 tabs, 500 visits and
+// some bookmarks. The browser state runs on the test fakes; only the store is real.
+//
+// Each benchmark times every iteration on its own and reports the median and the 99th
+// percentile (counters median_us and p99_us), since a rare long stall is what a user notices.
+// Iterations follow each other at once: the store never gets a quiet moment to catch up.
+
+#include "app/SqliteSettingsStore.h"
+#include "records/RecordsJson.h"
+#include "support/BrowserFixture.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using ovel::BrowserState;
+using ovel::test::FakeServices;
+
+constexpr int iterations = 300;
+constexpr const char* workProfile = "5D2C1E0A-7B3F-4C8E-9A61-2F4B8D0C3E17";
+constexpr const char* homeProfile = "9E41B7D2-0C6A-4F35-8B19-7A3E5C2D1F08";
+
+std::string pageUrl(int n) {
+    char url[96];
+    std::snprintf(url, sizeof url, "https://www.example-news.org/2026/11/articles/story-%06d.html",
+                  n);
+    return url;
+}
+
+ovel::SessionStore sessionOfTabs(int count) {
+    ovel::SessionStore session;
+    for (int i = 0; i < count; ++i) {
+        session.tabs.push_back({.url = pageUrl(i), .isPinned = i < 4});
+    }
+    session.selectedIndex = count / 2;
+    return session;
+}
+
+std::vector<ovel::HistoryEntry> historyOfVisits(int count) {
+    std::vector<ovel::HistoryEntry> history;
+    for (int i = 0; i < count; ++i) {
+        char id[40];
+        std::snprintf(id, sizeof id, "%08X-0000-4000-8000-%012X", i, i * 7919);
+        history.push_back({.id = id,
+                           .title = "Story " + std::to_string(i) + " — Example News",
+                           .url = pageUrl(10'000 + i),
+                           .visitedAt = ovel::Date{799'000'000.0 - i * 90.5}});
+    }
+    return history;
+}
+
+std::vector<ovel::BookmarkStore> bookmarksOf(int count) {
+    std::vector<ovel::BookmarkStore> bookmarks;
+    for (int i = 0; i < count; ++i) {
+        bookmarks.push_back({"Saved story " + std::to_string(i), pageUrl(20'000 + i)});
+    }
+    return bookmarks;
+}
+
+// A browser state on the fakes and a real store in a fresh folder, removed afterwards. The store
+// is filled before the browser starts, as a previous run would have left it.
+class BrowserOnDisk {
+public:
+    BrowserOnDisk(int profileCount, int tabCount) {
+        std::string pattern = (fs::temp_directory_path() / "ovel-bench-XXXXXX").string();
+        if (mkdtemp(pattern.data())) {
+            folder_ = pattern;
+        }
+        store_ = ovel::SqliteSettingsStore::open(folder_ / "settings.sqlite3");
+        std::vector<ovel::BrowserProfile> profiles = {{workProfile, "Work"}, {homeProfile, "Home"}};
+        profiles.resize(profileCount);
+        store_->setData(BrowserState::profilesKey, ovel::encodeProfiles(profiles));
+        store_->setString(BrowserState::activeProfileIDKey, workProfile);
+        for (const auto& profile : profiles) {
+            const auto key = [&](std::string_view base) {
+                return BrowserState::profileKey(base, profile.id);
+            };
+            store_->setData(key(BrowserState::sessionKeyBase),
+                            ovel::encodeSession(sessionOfTabs(tabCount)));
+            store_->setData(key(BrowserState::historyKeyBase),
+                            ovel::encodeHistory(historyOfVisits(500)));
+            store_->setData(key(BrowserState::bookmarksKeyBase),
+                            ovel::encodeBookmarks(bookmarksOf(30)));
+        }
+        state = BrowserState::create(ovel::BrowserServices{*store_, fakes.engine, fakes.mainQueue,
+                                                           fakes.clock, fakes.uuids, fakes.favicons,
+                                                           fakes.desktop});
+        fakes.mainQueue.drain();
+    }
+    ~BrowserOnDisk() {
+        state.reset();
+        store_.reset();
+        std::error_code error;
+        fs::remove_all(folder_, error);
+    }
+
+    FakeServices fakes;
+    std::shared_ptr<BrowserState> state;
+
+private:
+    fs::path folder_;
+    std::unique_ptr<ovel::SqliteSettingsStore> store_;
+};
+
+// Wall time of each iteration, for the percentiles Google Benchmark does not give.
+class IterationTimes {
+public:
+    void start() { started_ = std::chrono::steady_clock::now(); }
+    void stop() {
+        times_.push_back(
+            std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - started_)
+                .count());
+    }
+    void report(benchmark::State& bench) {
+        std::sort(times_.begin(), times_.end());
+        const auto at = [&](double fraction) {
+            return times_[std::min(times_.size() - 1,
+                                   static_cast<std::size_t>(fraction * times_.size()))];
+        };
+        bench.counters["median_us"] = at(0.5);
+        bench.counters["p99_us"] = at(0.99);
+        bench.counters["max_us"] = times_.back();
+    }
+
+private:
+    std::chrono::steady_clock::time_point started_;
+    std::vector<double> times_;
+};
+
+void BM_VisitWithFullHistory(benchmark::State& bench) {
+    BrowserOnDisk browser(1, 1);
+    IterationTimes times;
+    int visit = 0;
+    for (auto _ : bench) {
+        times.start();
+        FakeServices::viewOf(*browser.state->selectedTab())
+            .simulateNavigation(pageUrl(visit), "Story " + std::to_string(visit));
+        browser.fakes.mainQueue.drain();
+        times.stop();
+        ++visit;
+    }
+    if (browser.state->historyEntries->size() != BrowserState::maxHistoryEntries) {
+        bench.SkipWithError("the history is not full");
+    }
+    times.report(bench);
+}
+BENCHMARK(BM_VisitWithFullHistory)->Unit(benchmark::kMicrosecond)->Iterations(iterations);
+
+// Moves one tab right and back left, one move per iteration.
+void BM_MoveTabAmong100(benchmark::State& bench) {
+    BrowserOnDisk browser(1, 100);
+    IterationTimes times;
+    bool right = true;
+    for (auto _ : bench) {
+        times.start();
+        if (right) {
+            browser.state->moveTabRight(50);
+        } else {
+            browser.state->moveTabLeft(51);
+        }
+        browser.fakes.mainQueue.drain();
+        times.stop();
+        right = !right;
+    }
+    times.report(bench);
+}
+BENCHMARK(BM_MoveTabAmong100)->Unit(benchmark::kMicrosecond)->Iterations(iterations);
+
+// Closes a tab in the middle, then reopens it (at the end), one operation per iteration.
+void BM_CloseOrReopenTabAmong100(benchmark::State& bench) {
+    BrowserOnDisk browser(1, 100);
+    IterationTimes times;
+    bool close = true;
+    for (auto _ : bench) {
+        times.start();
+        if (close) {
+            browser.state->closeTab(50);
+        } else {
+            browser.state->reopenLastClosedTab();
+        }
+        browser.fakes.mainQueue.drain();
+        times.stop();
+        close = !close;
+    }
+    if (browser.state->tabs->size() < 99) {
+        bench.SkipWithError("tabs were lost");
+    }
+    times.report(bench);
+}
+BENCHMARK(BM_CloseOrReopenTabAmong100)->Unit(benchmark::kMicrosecond)->Iterations(iterations);
+
+void BM_SwitchProfile(benchmark::State& bench) {
+    BrowserOnDisk browser(2, 100);
+    IterationTimes times;
+    bool toHome = true;
+    for (auto _ : bench) {
+        times.start();
+        browser.state->switchToProfile(toHome ? homeProfile : workProfile);
+        browser.fakes.mainQueue.drain();
+        times.stop();
+        toHome = !toHome;
+    }
+    if (browser.state->tabs->size() != 100 || browser.state->historyEntries->size() != 500) {
+        bench.SkipWithError("the profile did not come back whole");
+    }
+    times.report(bench);
+}
+BENCHMARK(BM_SwitchProfile)->Unit(benchmark::kMicrosecond)->Iterations(iterations);
+
+} // namespace
+
+BENCHMARK_MAIN();
