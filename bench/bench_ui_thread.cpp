@@ -6,8 +6,12 @@
 // Each benchmark times every iteration on its own and reports the median and the 99th
 // percentile (counters median_us and p99_us), since a rare long stall is what a user notices.
 // Iterations follow each other at once: the store never gets a quiet moment to catch up.
+//
+// Each runs twice: on_disk:1 with the SQLite store, on_disk:0 with a memory store, which is the
+// floor (the browser's own work, encoding and decoding JSON included) that the disk adds to.
 
 #include "app/SqliteSettingsStore.h"
+#include "records/MemorySettingsStore.h"
 #include "records/RecordsJson.h"
 #include "support/BrowserFixture.h"
 
@@ -67,16 +71,20 @@ std::vector<ovel::BookmarkStore> bookmarksOf(int count) {
     return bookmarks;
 }
 
-// A browser state on the fakes and a real store in a fresh folder, removed afterwards. The store
-// is filled before the browser starts, as a previous run would have left it.
+// A browser state on the fakes and a store, on disk in a fresh folder (removed afterwards) or in
+// memory. The store is filled before the browser starts, as a previous run would have left it.
 class BrowserOnDisk {
 public:
-    BrowserOnDisk(int profileCount, int tabCount) {
-        std::string pattern = (fs::temp_directory_path() / "ovel-bench-XXXXXX").string();
-        if (mkdtemp(pattern.data())) {
-            folder_ = pattern;
+    BrowserOnDisk(const benchmark::State& bench, int profileCount, int tabCount) {
+        if (bench.range(0) == 0) {
+            store_ = std::make_unique<ovel::MemorySettingsStore>();
+        } else {
+            std::string pattern = (fs::temp_directory_path() / "ovel-bench-XXXXXX").string();
+            if (mkdtemp(pattern.data())) {
+                folder_ = pattern;
+            }
+            store_ = ovel::SqliteSettingsStore::open(folder_ / "settings.sqlite3");
         }
-        store_ = ovel::SqliteSettingsStore::open(folder_ / "settings.sqlite3");
         std::vector<ovel::BrowserProfile> profiles = {{workProfile, "Work"}, {homeProfile, "Home"}};
         profiles.resize(profileCount);
         store_->setData(BrowserState::profilesKey, ovel::encodeProfiles(profiles));
@@ -101,7 +109,9 @@ public:
         state.reset();
         store_.reset();
         std::error_code error;
-        fs::remove_all(folder_, error);
+        if (!folder_.empty()) {
+            fs::remove_all(folder_, error);
+        }
     }
 
     FakeServices fakes;
@@ -109,7 +119,7 @@ public:
 
 private:
     fs::path folder_;
-    std::unique_ptr<ovel::SqliteSettingsStore> store_;
+    std::unique_ptr<ovel::SettingsStore> store_;
 };
 
 // Wall time of each iteration, for the percentiles Google Benchmark does not give.
@@ -137,8 +147,16 @@ private:
     std::vector<double> times_;
 };
 
+void onDiskAndInMemory(benchmark::internal::Benchmark* benchmark) {
+    benchmark->ArgName("on_disk")
+        ->Arg(1)
+        ->Arg(0)
+        ->Unit(benchmark::kMicrosecond)
+        ->Iterations(iterations);
+}
+
 void BM_VisitWithFullHistory(benchmark::State& bench) {
-    BrowserOnDisk browser(1, 1);
+    BrowserOnDisk browser(bench, 1, 1);
     IterationTimes times;
     int visit = 0;
     for (auto _ : bench) {
@@ -154,11 +172,11 @@ void BM_VisitWithFullHistory(benchmark::State& bench) {
     }
     times.report(bench);
 }
-BENCHMARK(BM_VisitWithFullHistory)->Unit(benchmark::kMicrosecond)->Iterations(iterations);
+BENCHMARK(BM_VisitWithFullHistory)->Apply(onDiskAndInMemory);
 
 // Moves one tab right and back left, one move per iteration.
 void BM_MoveTabAmong100(benchmark::State& bench) {
-    BrowserOnDisk browser(1, 100);
+    BrowserOnDisk browser(bench, 1, 100);
     IterationTimes times;
     bool right = true;
     for (auto _ : bench) {
@@ -174,11 +192,11 @@ void BM_MoveTabAmong100(benchmark::State& bench) {
     }
     times.report(bench);
 }
-BENCHMARK(BM_MoveTabAmong100)->Unit(benchmark::kMicrosecond)->Iterations(iterations);
+BENCHMARK(BM_MoveTabAmong100)->Apply(onDiskAndInMemory);
 
 // Closes a tab in the middle, then reopens it (at the end), one operation per iteration.
 void BM_CloseOrReopenTabAmong100(benchmark::State& bench) {
-    BrowserOnDisk browser(1, 100);
+    BrowserOnDisk browser(bench, 1, 100);
     IterationTimes times;
     bool close = true;
     for (auto _ : bench) {
@@ -197,10 +215,10 @@ void BM_CloseOrReopenTabAmong100(benchmark::State& bench) {
     }
     times.report(bench);
 }
-BENCHMARK(BM_CloseOrReopenTabAmong100)->Unit(benchmark::kMicrosecond)->Iterations(iterations);
+BENCHMARK(BM_CloseOrReopenTabAmong100)->Apply(onDiskAndInMemory);
 
 void BM_SwitchProfile(benchmark::State& bench) {
-    BrowserOnDisk browser(2, 100);
+    BrowserOnDisk browser(bench, 2, 100);
     IterationTimes times;
     bool toHome = true;
     for (auto _ : bench) {
@@ -215,7 +233,7 @@ void BM_SwitchProfile(benchmark::State& bench) {
     }
     times.report(bench);
 }
-BENCHMARK(BM_SwitchProfile)->Unit(benchmark::kMicrosecond)->Iterations(iterations);
+BENCHMARK(BM_SwitchProfile)->Apply(onDiskAndInMemory);
 
 } // namespace
 
