@@ -43,9 +43,8 @@ void SettingsWriter::put(std::string_view key, SettingChange change) {
     auto shared = std::make_shared<const SettingChange>(std::move(change));
     {
         std::lock_guard lock(mutex_);
-        auto [entry, added] = pending_.try_emplace(std::string(key));
         // The value it replaces may still be in a transaction under way, which holds it too.
-        entry->second = Entry{std::move(shared), ++written_};
+        pending_[std::string(key)] = Entry{std::move(shared), ++written_};
     }
     work_.notify_one();
 }
@@ -98,7 +97,7 @@ void SettingsWriter::run() {
 
         lock.unlock();
         const std::string error = commit(batch);
-        batch.clear(); // the values are freed here, not under the lock
+        batch.clear(); // values replaced meanwhile are freed here, not under the lock
         lock.lock();
 
         if (error.empty()) {
