@@ -197,12 +197,14 @@ void OvelWebApp::activate() {
 }
 
 void OvelWebApp::shutdown() {
-    // Everything was saved when it changed: nothing is written here.
+    // Everything was saved when it changed; the last saves may still be on their way to the
+    // disk, and the run ends only once they are there.
     if (parts_) {
         parts_->startupProbe.reset();
         parts_->closeWindow();
         parts_->commands.reset();
         parts_->state.reset();
+        parts_->settings->flush();
     }
 }
 

@@ -1,5 +1,7 @@
 #include "app/SqliteSettingsStore.h"
 
+#include "app/SqliteStatement.h"
+
 #include <glib.h>
 #include <sqlite3.h>
 
@@ -166,48 +168,23 @@ bool moveAside(const fs::path& path) {
     return true;
 }
 
-// Resets a cached statement when a call is done with it, whichever way it leaves.
-class StatementUse {
-public:
-    explicit StatementUse(sqlite3_stmt* statement) : statement_(statement) {}
-    ~StatementUse() {
-        sqlite3_reset(statement_);
-        sqlite3_clear_bindings(statement_);
-    }
-    StatementUse(const StatementUse&) = delete;
-    StatementUse& operator=(const StatementUse&) = delete;
-
-private:
-    sqlite3_stmt* statement_;
-};
-
-// The statement only reads `text` while it runs, so SQLite need not copy it.
-bool bindText(sqlite3_stmt* statement, int index, std::string_view text) {
-    return sqlite3_bind_text64(statement, index, text.data() ? text.data() : "", text.size(),
-                               SQLITE_STATIC, SQLITE_UTF8) == SQLITE_OK;
-}
-
-bool bindBlob(sqlite3_stmt* statement, int index, std::string_view bytes) {
-    // A null pointer would bind SQL NULL, which the table refuses; an empty blob is not NULL.
-    return sqlite3_bind_blob64(statement, index, bytes.data() ? bytes.data() : "", bytes.size(),
-                               SQLITE_STATIC) == SQLITE_OK;
-}
-
-sqlite3_stmt* prepare(sqlite3* db, const char* sql) {
-    sqlite3_stmt* statement = nullptr;
-    if (sqlite3_prepare_v3(db, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) !=
-        SQLITE_OK) {
-        sqlite3_finalize(statement);
-        return nullptr;
-    }
-    return statement;
-}
-
 std::string columnBytes(sqlite3_stmt* statement, int column, bool asText) {
     const void* bytes = asText ? static_cast<const void*>(sqlite3_column_text(statement, column))
                                : sqlite3_column_blob(statement, column);
     const int size = sqlite3_column_bytes(statement, column);
     return bytes ? std::string(static_cast<const char*>(bytes), size) : std::string();
+}
+
+// A second connection to a database already opened and made ready, for reads only.
+sqlite3* openReader(const fs::path& path) {
+    sqlite3* db = nullptr;
+    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+        sqlite3_close(db);
+        return nullptr;
+    }
+    sqlite3_busy_timeout(db, busyTimeoutMilliseconds);
+    sqlite3_exec(db, "PRAGMA query_only = 1", nullptr, nullptr, nullptr);
+    return db;
 }
 
 } // namespace
@@ -219,7 +196,12 @@ std::unique_ptr<SqliteSettingsStore> SqliteSettingsStore::open(const fs::path& p
     for (int attempt = 0; attempt < 2; ++attempt) {
         const auto opened = openDatabase(path);
         if (opened.outcome == OpenOutcome::Ready) {
-            return std::unique_ptr<SqliteSettingsStore>(new SqliteSettingsStore(opened.db));
+            if (sqlite3* reader = openReader(path)) {
+                return std::unique_ptr<SqliteSettingsStore>(
+                    new SqliteSettingsStore(opened.db, reader));
+            }
+            sqlite3_close(opened.db);
+            break;
         }
         if (opened.outcome == OpenOutcome::Unusable || !moveAside(path)) {
             break;
@@ -228,40 +210,34 @@ std::unique_ptr<SqliteSettingsStore> SqliteSettingsStore::open(const fs::path& p
     // Better to browse with settings that last only this session than not at all; the file, if
     // any, is left as it was.
     g_warning("The settings file %s cannot be used; settings will not be kept", path.c_str());
-    sqlite3* memory = nullptr;
-    sqlite3_open(":memory:", &memory);
-    sqlite3_exec(memory, createTableSql, nullptr, nullptr, nullptr);
-    return std::unique_ptr<SqliteSettingsStore>(new SqliteSettingsStore(memory));
+    return std::unique_ptr<SqliteSettingsStore>(new SqliteSettingsStore(nullptr, nullptr));
 }
 
-SqliteSettingsStore::SqliteSettingsStore(sqlite3* db)
-    : db_(db), select_(prepare(db, "SELECT type, value FROM settings WHERE key = ?1")),
-      upsert_(prepare(db, "INSERT INTO settings (key, type, value) VALUES (?1, ?2, ?3) "
-                          "ON CONFLICT (key) DO UPDATE SET type = excluded.type, "
-                          "value = excluded.value")),
-      delete_(prepare(db, "DELETE FROM settings WHERE key = ?1")) {}
+SqliteSettingsStore::SqliteSettingsStore(sqlite3* writeDb, sqlite3* readDb)
+    : writer_(std::make_unique<SettingsWriter>(writeDb)), readDb_(readDb),
+      select_(readDb ? prepareKept(readDb, "SELECT type, value FROM settings WHERE key = ?1")
+                     : nullptr) {}
 
 SqliteSettingsStore::~SqliteSettingsStore() {
+    writer_->flush();
+    // The reader goes first, so that the writer's connection is the last one and leaves the file
+    // checkpointed as it closes.
     sqlite3_finalize(select_);
-    sqlite3_finalize(upsert_);
-    sqlite3_finalize(delete_);
-    sqlite3_close(db_);
+    sqlite3_close(readDb_);
+    writer_.reset();
 }
 
-std::string_view SqliteSettingsStore::typeName(ValueType type) {
-    switch (type) {
-    case ValueType::String:
-        return "string";
-    case ValueType::Bool:
-        return "bool";
-    case ValueType::Data:
-        return "data";
+bool SqliteSettingsStore::flush() {
+    return writer_->flush();
+}
+
+std::optional<SettingChange> SqliteSettingsStore::read(std::string_view key,
+                                                       SettingChange::Kind kind) const {
+    // A write not yet committed is newer than anything in the file.
+    if (const auto pending = writer_->pending(key)) {
+        return pending->kind == kind ? std::optional(*pending) : std::nullopt;
     }
-    return {};
-}
-
-std::optional<SqliteSettingsStore::StoredValue> SqliteSettingsStore::read(std::string_view key,
-                                                                          ValueType type) const {
+    std::lock_guard lock(readMutex_);
     if (!select_) {
         return std::nullopt;
     }
@@ -270,82 +246,54 @@ std::optional<SqliteSettingsStore::StoredValue> SqliteSettingsStore::read(std::s
         return std::nullopt;
     }
     const auto* storedType = reinterpret_cast<const char*>(sqlite3_column_text(select_, 0));
-    if (!storedType || typeName(type) != storedType) {
+    if (!storedType || SettingChange::typeName(kind) != storedType) {
         return std::nullopt;
     }
-    StoredValue value;
-    if (type == ValueType::Bool) {
+    SettingChange value{.kind = kind, .bytes = {}, .flag = false};
+    if (kind == SettingChange::Kind::Bool) {
         if (sqlite3_column_type(select_, 1) != SQLITE_INTEGER) {
             return std::nullopt;
         }
         value.flag = sqlite3_column_int64(select_, 1) != 0;
     } else {
-        value.bytes = columnBytes(select_, 1, type == ValueType::String);
+        value.bytes = columnBytes(select_, 1, kind == SettingChange::Kind::String);
     }
     return value;
 }
 
-void SqliteSettingsStore::write(std::string_view key, ValueType type,
-                                std::variant<std::string_view, bool> value) {
-    if (!upsert_) {
-        return;
-    }
-    StatementUse use(upsert_);
-    bool bound = bindText(upsert_, 1, key) && bindText(upsert_, 2, typeName(type));
-    if (const bool* flag = std::get_if<bool>(&value)) {
-        bound = bound && sqlite3_bind_int(upsert_, 3, *flag ? 1 : 0) == SQLITE_OK;
-    } else if (type == ValueType::String) {
-        bound = bound && bindText(upsert_, 3, std::get<std::string_view>(value));
-    } else {
-        bound = bound && bindBlob(upsert_, 3, std::get<std::string_view>(value));
-    }
-    // A failed statement rolls its own transaction back, so the file keeps the old value.
-    if (!bound || sqlite3_step(upsert_) != SQLITE_DONE) {
-        g_debug("Could not save setting %.*s: %s", static_cast<int>(key.size()), key.data(),
-                sqlite3_errmsg(db_));
-    }
-}
-
 std::optional<std::string> SqliteSettingsStore::string(std::string_view key) const {
-    auto value = read(key, ValueType::String);
+    auto value = read(key, SettingChange::Kind::String);
     return value ? std::optional(std::move(value->bytes)) : std::nullopt;
 }
 
 bool SqliteSettingsStore::boolean(std::string_view key) const {
-    const auto value = read(key, ValueType::Bool);
+    const auto value = read(key, SettingChange::Kind::Bool);
     return value && value->flag;
 }
 
 bool SqliteSettingsStore::holdsBoolean(std::string_view key) const {
-    return read(key, ValueType::Bool).has_value();
+    return read(key, SettingChange::Kind::Bool).has_value();
 }
 
 std::optional<std::string> SqliteSettingsStore::data(std::string_view key) const {
-    auto value = read(key, ValueType::Data);
+    auto value = read(key, SettingChange::Kind::Data);
     return value ? std::optional(std::move(value->bytes)) : std::nullopt;
 }
 
 void SqliteSettingsStore::setString(std::string_view key, std::string_view value) {
-    write(key, ValueType::String, value);
+    writer_->put(key, {.kind = SettingChange::Kind::String, .bytes = std::string(value)});
 }
 
 void SqliteSettingsStore::setBoolean(std::string_view key, bool value) {
-    write(key, ValueType::Bool, value);
+    writer_->put(key, {.kind = SettingChange::Kind::Bool, .bytes = {}, .flag = value});
 }
 
 void SqliteSettingsStore::setData(std::string_view key, std::string_view bytes) {
-    write(key, ValueType::Data, bytes);
+    writer_->put(key, {.kind = SettingChange::Kind::Data, .bytes = std::string(bytes)});
 }
 
 void SqliteSettingsStore::remove(std::string_view key) {
-    if (!delete_) {
-        return;
-    }
-    StatementUse use(delete_);
-    if (!bindText(delete_, 1, key) || sqlite3_step(delete_) != SQLITE_DONE) {
-        g_debug("Could not remove setting %.*s: %s", static_cast<int>(key.size()), key.data(),
-                sqlite3_errmsg(db_));
-    }
+    writer_->put(key, {.kind = SettingChange::Kind::Removed, .bytes = {}, .flag = false});
 }
 
 } // namespace ovel

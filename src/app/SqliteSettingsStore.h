@@ -1,10 +1,11 @@
 #pragma once
 
+#include "app/SettingsWriter.h"
 #include "records/SettingsStore.h"
 
 #include <filesystem>
 #include <memory>
-#include <variant>
+#include <mutex>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -12,12 +13,19 @@ struct sqlite3_stmt;
 namespace ovel {
 
 // The settings store kept in one SQLite file, one row per key in the table `settings`
-// (key, type, value). Every write is its own transaction and is on disk when the call returns.
+// (key, type, value).
+//
+// A write returns at once: the value is kept in memory, where reads find it, and a thread of the
+// store's own commits it durably (synchronous FULL) moments later, together with whatever else
+// was written meanwhile. flush() waits for those commits, and so does the destructor, so
+// nothing is lost on a normal exit; a killed process loses at most the writes it had not
+// flushed, and the file stays whole. Reads go through a second connection, which WAL lets read
+// while a commit is under way.
 //
 // Nothing here fails loudly: a file that is not a database, or a damaged one, is moved aside and
 // a fresh store is started; when no file can be used at all the store lives in memory for this
-// run; a read that meets an error answers "absent" and a write that fails leaves the file as it
-// was.
+// run; a read that meets an error answers "absent" and a write that cannot be committed leaves
+// the file as it was.
 class SqliteSettingsStore : public SettingsStore {
 public:
     // Opens (or creates, with its folder) the store at `path`. Never answers null.
@@ -37,26 +45,25 @@ public:
     void setData(std::string_view key, std::string_view bytes) override;
     void remove(std::string_view key) override;
 
+    // Waits until every write made so far is on disk; false when some could not be saved (or
+    // the store lives in memory).
+    bool flush();
+
 private:
-    enum class ValueType { String, Bool, Data };
-    struct StoredValue {
-        std::string bytes;
-        bool flag = false;
-    };
+    // Takes ownership of two connections to one database whose table is in place: the writer's,
+    // and one for reads. Both null: the store lives in memory.
+    SqliteSettingsStore(sqlite3* writeDb, sqlite3* readDb);
 
-    static std::string_view typeName(ValueType type);
+    // The value under `key` if it has `kind`, from the pending writes first, then the file.
+    std::optional<SettingChange> read(std::string_view key, SettingChange::Kind kind) const;
 
-    // Takes ownership of an open database whose table is in place.
-    explicit SqliteSettingsStore(sqlite3* db);
-
-    std::optional<StoredValue> read(std::string_view key, ValueType type) const;
-    void write(std::string_view key, ValueType type, std::variant<std::string_view, bool> value);
-
-    sqlite3* db_;
+    std::unique_ptr<SettingsWriter> writer_;
+    // Reads come from the caller's thread; the lock only keeps two callers off the one
+    // connection.
+    mutable std::mutex readMutex_;
+    sqlite3* readDb_;
     // Prepared once; null when preparing failed, which turns reads into "absent".
     sqlite3_stmt* select_ = nullptr;
-    sqlite3_stmt* upsert_ = nullptr;
-    sqlite3_stmt* delete_ = nullptr;
 };
 
 } // namespace ovel

@@ -6,8 +6,9 @@
 
 namespace ovel {
 
-// The per-user key/value store: strings, booleans and byte blobs under string keys. Every write
-// is durable when the call returns; reads of a key holding another type answer as if absent.
+// The per-user key/value store: strings, booleans and byte blobs under string keys. A read sees
+// every write made before it; a write may reach the disk after the call returns, but none is lost
+// when the store is closed. Reads of a key holding another type answer as if absent.
 class SettingsStore {
 public:
     virtual ~SettingsStore() = default;

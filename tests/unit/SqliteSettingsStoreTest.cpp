@@ -142,13 +142,85 @@ TEST_F(SqliteSettingsStoreTest, OverwritesAndRemoves) {
     expectReadsBack(*settings, {"other", Kind::String, "stays"});
 }
 
-TEST_F(SqliteSettingsStoreTest, WritesOfOneStoreAreSeenByAnotherOnTheSameFile) {
+TEST_F(SqliteSettingsStoreTest, FlushedWritesOfOneStoreAreSeenByAnotherOnTheSameFile) {
     auto first = SqliteSettingsStore::open(file);
     auto second = SqliteSettingsStore::open(file);
     first->setData("shared", "one");
+    ASSERT_TRUE(first->flush());
     EXPECT_EQ(second->data("shared"), "one");
     second->setData("shared", "two");
+    ASSERT_TRUE(second->flush());
     EXPECT_EQ(first->data("shared"), "two");
+}
+
+// Writes hop between keys and types and removals, many times each: after a flush the file holds
+// each key's last form, as a fresh store on it reads.
+TEST_F(SqliteSettingsStoreTest, AFlushLeavesTheLastOfManyWritesInTheFile) {
+    auto settings = SqliteSettingsStore::open(file);
+    std::vector<Stored> last;
+    for (int round = 0; round < 300; ++round) {
+        for (int key = 0; key < 5; ++key) {
+            const Kind kind = static_cast<Kind>((round + key) % 4);
+            Stored row{"key " + std::to_string(key), kind,
+                       kind == Kind::Bool ? std::to_string(round % 2)
+                                          : std::string(round * 40 + key, 'a' + key)};
+            store(*settings, row);
+            if (round == 299) {
+                last.push_back(row);
+            }
+        }
+    }
+    for (const auto& row : last) {
+        expectReadsBack(*settings, row);
+    }
+    ASSERT_TRUE(settings->flush());
+    const auto fresh = SqliteSettingsStore::open(file);
+    for (const auto& row : last) {
+        expectReadsBack(*fresh, row);
+    }
+}
+
+// Another process holds the file's write lock, so nothing can be committed: the store still
+// answers with what was just written, and the file gets it once the lock is gone.
+TEST_F(SqliteSettingsStoreTest, ReadsSeeWritesBeforeTheyAreCommitted) {
+    auto settings = SqliteSettingsStore::open(file);
+    settings->setString("theme", "ocean");
+    settings->setData("gone", "soon");
+    ASSERT_TRUE(settings->flush());
+
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const std::vector<Stored> rows = {
+        {"theme", Kind::String, "citrus"}, {"gone", Kind::Absent, {}}, {"new", Kind::Bool, "1"}};
+    for (const auto& row : rows) {
+        store(*settings, row);
+    }
+    for (const auto& row : rows) {
+        expectReadsBack(*settings, row);
+    }
+    // The rows another connection reads, as "key=value" in key order.
+    const auto onDisk = [other] {
+        std::string text;
+        sqlite3_exec(
+            other, "SELECT key || '=' || value FROM settings ORDER BY key",
+            [](void* out, int, char** values, char**) {
+                auto& rows = *static_cast<std::string*>(out);
+                rows += (rows.empty() ? "" : " ") + std::string(values[0] ? values[0] : "");
+                return 0;
+            },
+            &text, nullptr);
+        return text;
+    };
+    EXPECT_EQ(onDisk(), "gone=soon theme=ocean");
+    ASSERT_EQ(sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr), SQLITE_OK);
+
+    EXPECT_TRUE(settings->flush());
+    EXPECT_EQ(onDisk(), "new=1 theme=citrus");
+    sqlite3_close(other);
+    for (const auto& row : rows) {
+        expectReadsBack(*settings, row);
+    }
 }
 
 TEST_F(SqliteSettingsStoreTest, RowsLieInTheSettingsTableWithTheirSqlTypes) {

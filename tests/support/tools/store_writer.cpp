@@ -1,5 +1,6 @@
 // Saves a session and a history blob to a settings file through SqliteSettingsStore, over and
-// over, and prints one line per write once setData has returned ("session 17", "history 17").
+// over, and prints one line per write once it is on disk: setData has returned and flush() has
+// confirmed the commit ("session 17", "history 17").
 // The crash test kills it at random moments and checks that every printed write survived.
 // It continues from the sequence number of the session it finds in the file.
 
@@ -43,11 +44,11 @@ int main(int argc, char** argv) {
     for (;;) {
         ++sequence;
         store->setData(sessionKey, encodeSession(test::storeWriterSession(sequence)));
-        if (!acknowledge("session", sequence)) {
+        if (!store->flush() || !acknowledge("session", sequence)) {
             return 1;
         }
         store->setData(historyKey, encodeHistory(test::storeWriterHistory(sequence)));
-        if (!acknowledge("history", sequence)) {
+        if (!store->flush() || !acknowledge("history", sequence)) {
             return 1;
         }
     }
