@@ -1,0 +1,222 @@
+#include "e2e/E2eSteps.h"
+#include "support/LoopbackServer.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+namespace ovel::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A page that is one link, or one click handler, over all of the page area: a click anywhere
+// in it is a click on it.
+std::string wholePage(const std::string& title, const std::string& inside) {
+    return "<title>" + title +
+           "</title><style>body{margin:0} #all{position:fixed;inset:0;display:block}</style>" +
+           inside;
+}
+
+// The web processes of `browser`: descendants of its process named WebKitWebProcess.
+std::vector<int> webProcessesOf(int browser) {
+    std::map<int, int> parents;
+    std::set<int> webProcesses;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        const std::string name = entry.path().filename();
+        if (name.find_first_not_of("0123456789") != std::string::npos) {
+            continue;
+        }
+        std::ifstream stat(entry.path() / "stat");
+        std::string line;
+        if (!std::getline(stat, line)) {
+            continue;
+        }
+        // pid (comm) state ppid ...: the name may hold spaces, so read after its parenthesis.
+        const auto open = line.find('(');
+        const auto close = line.rfind(')');
+        if (open == std::string::npos || close == std::string::npos) {
+            continue;
+        }
+        std::istringstream rest(line.substr(close + 2));
+        char state = 0;
+        int parent = 0;
+        rest >> state >> parent;
+        const int pid = std::stoi(name);
+        parents[pid] = parent;
+        if (line.substr(open + 1, close - open - 1).starts_with("WebKitWebProces")) {
+            webProcesses.insert(pid);
+        }
+    }
+    std::vector<int> found;
+    for (int pid : webProcesses) {
+        for (int up = parents[pid]; up > 1; up = parents[up]) {
+            if (up == browser) {
+                found.push_back(pid);
+                break;
+            }
+        }
+    }
+    return found;
+}
+
+// Where a click lands in the page area of the browser's window.
+bool clickInPage(const ProcessBrowserDriver& driver) {
+    auto address = driver.extents("text", "Address");
+    return address && driver.clickAt(address->x + address->width / 2, address->y + 300);
+}
+
+TEST(PageRequests, NewWindowsOfAPageOpenAsTabsNextToIt) {
+    LoopbackServer server;
+    server.serveHtml("/blank", wholePage("Blank opener", R"(<a id="all" target="_blank"
+        href="/from-blank">open</a>)"));
+    server.serveHtml("/script", wholePage("Script opener", R"(<div id="all"
+        onclick="window.open('/from-script')">open</div>)"));
+    server.serveHtml("/last", "<title>Last page</title>");
+    server.serveHtml("/from-blank", "<title>From blank</title>");
+    server.serveHtml("/from-script", "<title>From script</title>");
+    ProcessBrowser browser;
+    seedProfile(browser);
+    seedProfileBlob(browser, BrowserState::sessionKeyBase,
+                    encodeSession({0,
+                                   {{server.url("/blank")},
+                                    {server.url("/script")},
+                                    {server.url("/last")}}}));
+    ASSERT_TRUE(browser.launch());
+    ProcessBrowserDriver driver(browser);
+    ASSERT_TRUE(driver.waitFor("page tab", "Blank opener", 60s)) << driver.dump();
+
+    ASSERT_TRUE(clickInPage(driver));
+    ASSERT_TRUE(driver.waitFor("page tab", "From blank", 30s)) << driver.dump();
+    ASSERT_TRUE(driver.waitFor("page tab", "Script opener", 30s)) << driver.dump();
+    ASSERT_TRUE(driver.click("page tab", "Script opener"));
+    ProcessBrowser::waitUntil([] {
+        return false; }, 1s);
+    ASSERT_TRUE(clickInPage(driver));
+    ASSERT_TRUE(driver.waitFor("page tab", "From script", 30s)) << driver.dump();
+    ProcessBrowser::waitUntil(
+        [&] {
+        auto session = storedSession(browser);
+        return session && session->tabs.size() == 5;
+        },
+        20s);
+
+    EXPECT_EQ(browser.quit(), 0);
+    auto session = storedSession(browser);
+    ASSERT_TRUE(session);
+    std::vector<std::string> order;
+    for (const auto& tab : session->tabs) {
+        order.push_back(tab.url.value_or("start page"));
+    }
+    EXPECT_EQ(order, (std::vector<std::string>{server.url("/blank"), server.url("/from-blank"),
+                                               server.url("/script"), server.url("/from-script"),
+                                               server.url("/last")}));
+    EXPECT_EQ(session->selectedIndex, 3) << "the new tab is selected";
+}
+
+TEST(PageRequests, AKilledPageShowsItsMessageAndReloadsWhileOtherTabsWork) {
+    LoopbackServer server;
+    server.serveHtml("/crashy", "<title>Crashy page</title><p>crashy");
+    server.serveHtml("/other", "<title>Other page</title><p>other");
+    ProcessBrowser browser;
+    seedProfile(browser);
+    seedProfileBlob(browser, BrowserState::sessionKeyBase,
+                    encodeSession({0, {{server.url("/crashy")}}}));
+    ASSERT_TRUE(browser.launch());
+    ProcessBrowserDriver driver(browser);
+    ASSERT_TRUE(driver.waitFor("page tab", "Crashy page", 60s)) << driver.dump();
+
+    // The only page tab: every web process of the browser is its page's.
+    const auto processes = webProcessesOf(browser.pid());
+    ASSERT_FALSE(processes.empty());
+    for (int pid : processes) {
+        kill(pid, SIGKILL);
+    }
+    ASSERT_TRUE(driver.waitFor("label", "This page stopped working", 30s)) << driver.dump();
+    EXPECT_TRUE(driver.exists("label", "The page from 127.0.0.1 closed unexpectedly. Your other "
+                                       "tabs are not affected."))
+        << driver.dump();
+
+    ASSERT_TRUE(driver.keys("ctrl+t"));
+    ProcessBrowser::waitUntil([] { return false; }, 1s);
+    ASSERT_TRUE(enterText(driver, "Address", server.url("/other")));
+    EXPECT_TRUE(driver.waitFor("page tab", "Other page", 30s)) << "another tab loads pages\n"
+                                                               << driver.dump();
+    EXPECT_FALSE(driver.exists("label", "This page stopped working"))
+        << "the message is the crashed tab's only";
+
+    ASSERT_TRUE(driver.click("page tab", "Crashy page"));
+    ASSERT_TRUE(driver.waitFor("push button", "Reload Page", 10s)) << driver.dump();
+    const int before = server.requestCount("/crashy");
+    ASSERT_TRUE(driver.click("push button", "Reload Page"));
+    EXPECT_TRUE(
+        ProcessBrowser::waitUntil([&] { return server.requestCount("/crashy") > before; }, 30s));
+    EXPECT_TRUE(ProcessBrowser::waitUntil(
+        [&] { return !driver.exists("label", "This page stopped working"); }, 20s))
+        << driver.dump();
+    EXPECT_EQ(browser.quit(), 0);
+}
+
+TEST(PageRequests, ARefusedCertificateShowsTheErrorPageInEachTheme) {
+    for (const char* theme : {"midnight", "sunrise"}) {
+        LoopbackServer secure(LoopbackServer::Transport::Https);
+        secure.serveHtml("/", "<title>Secret page</title><p>SECRET BODY TEXT");
+        ProcessBrowser browser;
+        seedProfile(browser);
+        writeStoredBlob(browser.settingsFile(), std::string(BrowserState::themeKey), theme);
+        seedProfileBlob(browser, BrowserState::sessionKeyBase,
+                        encodeSession({0, {{secure.url("/")}}}));
+        ASSERT_TRUE(browser.launch());
+        ProcessBrowserDriver driver(browser);
+        ASSERT_TRUE(driver.waitFor("page tab", "Not a secure connection", 60s)) << driver.dump();
+        ProcessBrowser::waitUntil([] { return false; }, 2s);
+        const std::string tree = driver.dump();
+        EXPECT_EQ(tree.find("SECRET"), std::string::npos) << tree;
+        EXPECT_EQ(tree.find("Secret page"), std::string::npos);
+        EXPECT_EQ(secure.requestCount("/"), 0) << "nothing went past the handshake";
+        EXPECT_EQ(driver.text("text", "Address"), secure.url("/")) << "the address stays";
+
+        const std::string shot =
+            std::string(OVEL_BUILD_DIR) + "/artifacts/certificate-error-" + theme + ".png";
+        std::filesystem::create_directories(std::string(OVEL_BUILD_DIR) + "/artifacts");
+        const std::string command = "xwd -root -silent -display " + browser.display() +
+                                    " | xwdtopnm 2>/dev/null | pnmtopng > " + shot;
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        EXPECT_EQ(browser.quit(), 0);
+    }
+}
+
+TEST(PageRequests, ASignInPromptCancelledFailsTheLoad) {
+    LoopbackServer server;
+    server.serve("/vault", {401,
+                            "text/html",
+                            "<title>Refused</title><p>SHOULD NOT SHOW",
+                            {{"WWW-Authenticate", "Basic realm=\"The Vault\""}}});
+    ProcessBrowser browser;
+    seedProfile(browser);
+    seedProfileBlob(browser, BrowserState::sessionKeyBase,
+                    encodeSession({0, {{server.url("/vault")}}}));
+    ASSERT_TRUE(browser.launch());
+    ProcessBrowserDriver driver(browser);
+    ASSERT_TRUE(driver.waitFor("push button", "Sign In", 60s)) << driver.dump();
+    EXPECT_TRUE(driver.exists("text", "User name"));
+    EXPECT_TRUE(driver.exists("label", "Sign in to 127.0.0.1")) << driver.dump();
+    ASSERT_TRUE(driver.click("push button", "Cancel"));
+    EXPECT_TRUE(
+        ProcessBrowser::waitUntil([&] { return !driver.exists("push button", "Sign In"); }, 10s));
+    // The load failed: the tab stops, with nothing of the refusal shown, and nothing asks again.
+    ProcessBrowser::waitUntil([] { return false; }, 2s);
+    EXPECT_EQ(server.requestCount("/vault"), 1);
+    EXPECT_FALSE(driver.exists("push button", "Sign In"));
+    const std::string tree = driver.dump();
+    EXPECT_EQ(tree.find("SHOULD NOT SHOW"), std::string::npos) << tree;
+    EXPECT_EQ(tree.find("Refused"), std::string::npos) << tree;
+    EXPECT_EQ(browser.quit(), 0);
+}
+
+} // namespace
+} // namespace ovel::test
