@@ -74,18 +74,17 @@ TEST(PageRequests, NewWindowsOfAPageOpenAsTabsNextToIt) {
     LoopbackServer server;
     server.serveHtml("/blank", wholePage("Blank opener", R"(<a id="all" target="_blank"
         href="/from-blank">open</a>)"));
-    server.serveHtml("/script", wholePage("Script opener", R"(<div id="all"
-        onclick="window.open('/from-script')">open</div>)"));
+    server.serveHtml("/script", wholePage("Script opener", R"html(<div id="all"
+        onclick="window.open('/from-script')">open</div>)html"));
     server.serveHtml("/last", "<title>Last page</title>");
     server.serveHtml("/from-blank", "<title>From blank</title>");
     server.serveHtml("/from-script", "<title>From script</title>");
     ProcessBrowser browser;
     seedProfile(browser);
-    seedProfileBlob(browser, BrowserState::sessionKeyBase,
-                    encodeSession({0,
-                                   {{server.url("/blank")},
-                                    {server.url("/script")},
-                                    {server.url("/last")}}}));
+    seedProfileBlob(
+        browser, BrowserState::sessionKeyBase,
+        encodeSession(
+            {0, {{server.url("/blank")}, {server.url("/script")}, {server.url("/last")}}}));
     ASSERT_TRUE(browser.launch());
     ProcessBrowserDriver driver(browser);
     ASSERT_TRUE(driver.waitFor("page tab", "Blank opener", 60s)) << driver.dump();
@@ -94,14 +93,13 @@ TEST(PageRequests, NewWindowsOfAPageOpenAsTabsNextToIt) {
     ASSERT_TRUE(driver.waitFor("page tab", "From blank", 30s)) << driver.dump();
     ASSERT_TRUE(driver.waitFor("page tab", "Script opener", 30s)) << driver.dump();
     ASSERT_TRUE(driver.click("page tab", "Script opener"));
-    ProcessBrowser::waitUntil([] {
-        return false; }, 1s);
+    ProcessBrowser::waitUntil([] { return false; }, 1s);
     ASSERT_TRUE(clickInPage(driver));
     ASSERT_TRUE(driver.waitFor("page tab", "From script", 30s)) << driver.dump();
     ProcessBrowser::waitUntil(
         [&] {
-        auto session = storedSession(browser);
-        return session && session->tabs.size() == 5;
+            auto session = storedSession(browser);
+            return session && session->tabs.size() == 5;
         },
         20s);
 
@@ -180,9 +178,11 @@ TEST(PageRequests, ARefusedCertificateShowsTheErrorPageInEachTheme) {
         EXPECT_EQ(secure.requestCount("/"), 0) << "nothing went past the handshake";
         EXPECT_EQ(driver.text("text", "Address"), secure.url("/")) << "the address stays";
 
-        const std::string shot =
-            std::string(OVEL_BUILD_DIR) + "/artifacts/certificate-error-" + theme + ".png";
-        std::filesystem::create_directories(std::string(OVEL_BUILD_DIR) + "/artifacts");
+        // Next to the built browser, where the other screenshots go.
+        const std::string artifacts =
+            std::filesystem::path(OVEL_WEB_BINARY).parent_path() / "artifacts";
+        const std::string shot = artifacts + "/certificate-error-" + theme + ".png";
+        std::filesystem::create_directories(artifacts);
         const std::string command = "xwd -root -silent -display " + browser.display() +
                                     " | xwdtopnm 2>/dev/null | pnmtopng > " + shot;
         EXPECT_EQ(std::system(command.c_str()), 0);

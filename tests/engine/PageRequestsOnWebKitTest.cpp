@@ -10,15 +10,37 @@ namespace {
 using namespace std::chrono_literals;
 
 // Scripts run from the test count as the user's gesture, as a click does.
-constexpr const char* openerBody = R"(
+constexpr const char* openerBody = R"html(
     <a id="blank" href="/target" target="_blank">blank</a>
     <a id="plain" href="/target">plain</a>
-    <button id="open" onclick="window.open('/target')">open</button>)";
+    <button id="open" onclick="window.open('/target')">open</button>)html";
 
-std::string clickWith(const std::string& id, const std::string& init) {
-    return "document.getElementById('" + id +
-           "').dispatchEvent(new MouseEvent('click', {bubbles: true, cancelable: true, " + init +
-           "})); return 'clicked';";
+// A link over the whole page, so a click anywhere in the window is a click on it.
+std::string wholePageLink(const std::string& attributes) {
+    return titled("Links", "<a " + attributes +
+                               " href=\"/target\" style=\"position:fixed;inset:0\">link</a>");
+}
+
+// A real click in the middle of the test window, as the user makes it: WebKit tells the button
+// and the keys held only for events that come from the system.
+bool clickInWindow(const std::string& button, bool control) {
+    std::vector<std::string> argv = {
+        "xdotool",     "search", "--sync",    "--limit",  "1",  "--name", "^Page requests$",
+        "windowfocus", "--sync", "mousemove", "--window", "%1", "400",    "300"};
+    for (const std::string& step :
+         control ? std::vector<std::string>{"keydown", "ctrl", "click", button, "keyup", "ctrl"}
+                 : std::vector<std::string>{"click", button}) {
+        argv.push_back(step);
+    }
+    std::vector<char*> args;
+    for (auto& arg : argv) {
+        args.push_back(arg.data());
+    }
+    args.push_back(nullptr);
+    int status = -1;
+    return g_spawn_sync(nullptr, args.data(), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr,
+                        nullptr, nullptr, &status, nullptr) &&
+           status == 0;
 }
 
 class PageRequestsOnWebKit : public WebKitTest {
@@ -27,6 +49,9 @@ protected:
         WebKitTest::SetUp();
         server.serveHtml("/", titled("Opener", openerBody));
         server.serveHtml("/target", titled("Target"));
+        server.serveHtml("/plain", wholePageLink(""));
+        server.serveHtml("/blank", wholePageLink("target=\"_blank\""));
+        gtk_window_set_title(GTK_WINDOW(window), "Page requests");
         server.serveHtml("/auto", titled("Pushy", "<script>window.open('/target');"
                                                   "setTimeout(() => window.open('/target'), 50);"
                                                   "</script>"));
@@ -43,24 +68,35 @@ protected:
 TEST_F(PageRequestsOnWebKit, NewWindowsAndModifiedClicksBecomeTabRequests) {
     struct Case {
         const char* what;
-        std::string script; // empty: the page itself tries, without a gesture
+        std::string script; // a script run as from a click
+        const char* button; // else a real click with this button
+        bool control;
         const char* path;
         std::size_t newWindows;
         std::size_t backgroundLinks;
     };
     const std::vector<Case> cases = {
-        {"target=_blank", "document.getElementById('blank').click(); return 'clicked';", "/", 1, 0},
-        {"window.open from a click", "document.getElementById('open').click(); return 'clicked';",
+        {"target=_blank", "document.getElementById('blank').click(); return 'clicked';", "", false,
          "/", 1, 0},
-        {"Ctrl+click", clickWith("plain", "ctrlKey: true"), "/", 0, 1},
-        {"middle click", clickWith("plain", "button: 1"), "/", 0, 1},
-        {"Ctrl+click on target=_blank", clickWith("blank", "ctrlKey: true"), "/", 0, 1},
-        {"window.open without a gesture", "", "/auto", 0, 0},
+        {"window.open from a click", "document.getElementById('open').click(); return 'clicked';",
+         "", false, "/", 1, 0},
+        {"a click on target=_blank", "", "1", false, "/blank", 1, 0},
+        {"Ctrl+click", "", "1", true, "/plain", 0, 1},
+        {"middle click", "", "2", false, "/plain", 0, 1},
+        {"Ctrl+click on target=_blank", "", "1", true, "/blank", 0, 1},
+        {"window.open without a gesture", "", "", false, "/auto", 0, 0},
     };
     for (const Case& c : cases) {
+        // One page at a time fills the window, under the click.
+        for (const auto& earlier : pages) {
+            gtk_box_remove(GTK_BOX(box), earlier->view->widget());
+        }
+        pages.clear();
         auto& page = openLoaded(c.path);
         if (!c.script.empty()) {
             EXPECT_EQ(runScript(page.webKitView(), c.script), "clicked") << c.what;
+        } else if (*c.button != '\0') {
+            EXPECT_TRUE(clickInWindow(c.button, c.control)) << c.what;
         }
         waitUntil(
             [&] {
@@ -83,7 +119,7 @@ TEST_F(PageRequestsOnWebKit, TheNewWindowLoadsInTheViewMadeForItAndKnowsItsOpene
     RecordingWebViewDelegate child;
     opener.delegate.newWindowDelegate = &child;
     EXPECT_EQ(runScript(opener.webKitView(),
-                        "document.getElementById('blank').click(); return 'clicked';"),
+                        "document.getElementById('open').click(); return 'clicked';"),
               "clicked");
     ASSERT_TRUE(waitUntil([&] { return opener.delegate.newWindowView != nullptr; }));
     auto* view = static_cast<WebKitWebViewAdapter*>(opener.delegate.newWindowView.get());

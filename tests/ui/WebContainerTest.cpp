@@ -81,9 +81,11 @@ TEST_F(WebContainerTest, ACrashedPageShowsAMessageWithReloadInItsTabOnly) {
     EXPECT_NE(findByName(message, "The page from shop.example.test closed unexpectedly. Your "
                                   "other tabs are not affected."),
               nullptr);
+    // Past the cross-fade from the page.
+    runMainLoopFor(400ms);
     EXPECT_FALSE(saveScreenshot(container.widget(), "crashed-page-midnight").empty());
     addColours(sunsetColours);
-    waitUntil([] { return false; }, 100ms);
+    runMainLoopFor(100ms);
     EXPECT_FALSE(saveScreenshot(container.widget(), "crashed-page-sunset").empty());
 
     state->selectTab(1);

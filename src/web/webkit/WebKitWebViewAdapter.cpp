@@ -64,6 +64,9 @@ std::string certificateProblem(GTlsCertificateFlags errors) {
     if ((errors & G_TLS_CERTIFICATE_REVOKED) != 0) {
         return "The certificate has been revoked.";
     }
+    if ((errors & G_TLS_CERTIFICATE_UNKNOWN_CA) != 0) {
+        return "The certificate was not issued by an authority this computer trusts.";
+    }
     if ((errors & G_TLS_CERTIFICATE_BAD_IDENTITY) != 0) {
         return "The certificate was issued for a different site.";
     }
@@ -72,9 +75,6 @@ std::string certificateProblem(GTlsCertificateFlags errors) {
     }
     if ((errors & G_TLS_CERTIFICATE_NOT_ACTIVATED) != 0) {
         return "The certificate is not valid yet.";
-    }
-    if ((errors & G_TLS_CERTIFICATE_UNKNOWN_CA) != 0) {
-        return "The certificate was not issued by an authority this computer trusts.";
     }
     if ((errors & G_TLS_CERTIFICATE_INSECURE) != 0) {
         return "The certificate uses an insecure algorithm.";
