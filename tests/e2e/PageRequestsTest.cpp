@@ -64,6 +64,12 @@ std::vector<int> webProcessesOf(int browser) {
     return found;
 }
 
+// Clicks the tab of that title in the strip.
+bool selectTab(const ProcessBrowserDriver& driver, const std::string& title) {
+    auto tab = driver.extents("page tab", title);
+    return tab && driver.clickAt(tab->x + 20, tab->y + tab->height / 2);
+}
+
 // Where a click lands in the page area of the browser's window.
 bool clickInPage(const ProcessBrowserDriver& driver) {
     auto address = driver.extents("text", "Address");
@@ -92,7 +98,7 @@ TEST(PageRequests, NewWindowsOfAPageOpenAsTabsNextToIt) {
     ASSERT_TRUE(clickInPage(driver));
     ASSERT_TRUE(driver.waitFor("page tab", "From blank", 30s)) << driver.dump();
     ASSERT_TRUE(driver.waitFor("page tab", "Script opener", 30s)) << driver.dump();
-    ASSERT_TRUE(driver.click("page tab", "Script opener"));
+    ASSERT_TRUE(selectTab(driver, "Script opener"));
     ProcessBrowser::waitUntil([] { return false; }, 1s);
     ASSERT_TRUE(clickInPage(driver));
     ASSERT_TRUE(driver.waitFor("page tab", "From script", 30s)) << driver.dump();
@@ -118,7 +124,10 @@ TEST(PageRequests, NewWindowsOfAPageOpenAsTabsNextToIt) {
 
 TEST(PageRequests, AKilledPageShowsItsMessageAndReloadsWhileOtherTabsWork) {
     LoopbackServer server;
-    server.serveHtml("/crashy", "<title>Crashy page</title><p>crashy");
+    // Never from a cache: the reload must reach the server.
+    server.serve(
+        "/crashy",
+        {200, "text/html", "<title>Crashy page</title><p>crashy", {{"Cache-Control", "no-store"}}});
     server.serveHtml("/other", "<title>Other page</title><p>other");
     ProcessBrowser browser;
     seedProfile(browser);
@@ -147,7 +156,7 @@ TEST(PageRequests, AKilledPageShowsItsMessageAndReloadsWhileOtherTabsWork) {
     EXPECT_FALSE(driver.exists("label", "This page stopped working"))
         << "the message is the crashed tab's only";
 
-    ASSERT_TRUE(driver.click("page tab", "Crashy page"));
+    ASSERT_TRUE(selectTab(driver, "Crashy page"));
     ASSERT_TRUE(driver.waitFor("push button", "Reload Page", 10s)) << driver.dump();
     const int before = server.requestCount("/crashy");
     ASSERT_TRUE(driver.click("push button", "Reload Page"));
@@ -176,7 +185,6 @@ TEST(PageRequests, ARefusedCertificateShowsTheErrorPageInEachTheme) {
         EXPECT_EQ(tree.find("SECRET"), std::string::npos) << tree;
         EXPECT_EQ(tree.find("Secret page"), std::string::npos);
         EXPECT_EQ(secure.requestCount("/"), 0) << "nothing went past the handshake";
-        EXPECT_EQ(driver.text("text", "Address"), secure.url("/")) << "the address stays";
 
         // Next to the built browser, where the other screenshots go.
         const std::string artifacts =
@@ -187,11 +195,23 @@ TEST(PageRequests, ARefusedCertificateShowsTheErrorPageInEachTheme) {
                                     " | xwdtopnm 2>/dev/null | pnmtopng > " + shot;
         EXPECT_EQ(std::system(command.c_str()), 0);
         EXPECT_EQ(browser.quit(), 0);
+        const auto session = storedSession(browser);
+        ASSERT_TRUE(session && session->tabs.size() == 1);
+        EXPECT_EQ(session->tabs[0].url, secure.url("/")) << "the tab keeps the site's address";
     }
 }
 
-TEST(PageRequests, ASignInPromptCancelledFailsTheLoad) {
+// Runs xdotool on the browser's display; true when it succeeds (a search that finds nothing
+// fails).
+bool xdotool(const ProcessBrowser& browser, const std::string& arguments) {
+    const std::string command =
+        "DISPLAY=" + browser.display() + " xdotool " + arguments + " >/dev/null 2>&1";
+    return std::system(command.c_str()) == 0;
+}
+
+TEST(PageRequests, ASignInQuestionCancelledFailsTheLoad) {
     LoopbackServer server;
+    server.serveHtml("/open", "<title>Open page</title><p>open");
     server.serve("/vault", {401,
                             "text/html",
                             "<title>Refused</title><p>SHOULD NOT SHOW",
@@ -199,22 +219,31 @@ TEST(PageRequests, ASignInPromptCancelledFailsTheLoad) {
     ProcessBrowser browser;
     seedProfile(browser);
     seedProfileBlob(browser, BrowserState::sessionKeyBase,
-                    encodeSession({0, {{server.url("/vault")}}}));
+                    encodeSession({0, {{server.url("/open")}}}));
     ASSERT_TRUE(browser.launch());
     ProcessBrowserDriver driver(browser);
-    ASSERT_TRUE(driver.waitFor("push button", "Sign In", 60s)) << driver.dump();
-    EXPECT_TRUE(driver.exists("text", "User name"));
-    EXPECT_TRUE(driver.exists("label", "Sign in to 127.0.0.1")) << driver.dump();
-    ASSERT_TRUE(driver.click("push button", "Cancel"));
-    EXPECT_TRUE(
-        ProcessBrowser::waitUntil([&] { return !driver.exists("push button", "Sign In"); }, 10s));
-    // The load failed: the tab stops, with nothing of the refusal shown, and nothing asks again.
+    ASSERT_TRUE(driver.waitFor("page tab", "Open page", 60s)) << driver.dump();
+    ASSERT_TRUE(enterText(driver, "Address", server.url("/vault")));
+
+    // The dialog is a window of its own, titled with its heading. (The accessibility tree of
+    // GTK 4.8 does not list windows that open after the first.)
+    const std::string dialog = "search --sync --limit 1 --name '^Sign in to 127.0.0.1$'";
+    ASSERT_TRUE(ProcessBrowser::waitUntil(
+        [&] { return xdotool(browser, "search --name '^Sign in to 127.0.0.1$'"); }, 30s))
+        << "the site's question is put to the user";
+    // Escape is the dialog's "Cancel". (xdotool may report the window gone under it.)
+    xdotool(browser, dialog + " windowraise windowfocus --sync key Escape");
+    EXPECT_TRUE(ProcessBrowser::waitUntil(
+        [&] { return !xdotool(browser, "search --name '^Sign in to 127.0.0.1$'"); }, 10s))
+        << "the dialog goes";
+
+    // The load failed: the tab keeps the page it had, nothing of the refusal shows, and
+    // nothing asks again.
     ProcessBrowser::waitUntil([] { return false; }, 2s);
     EXPECT_EQ(server.requestCount("/vault"), 1);
-    EXPECT_FALSE(driver.exists("push button", "Sign In"));
+    EXPECT_TRUE(driver.exists("page tab", "Open page")) << driver.dump();
     const std::string tree = driver.dump();
     EXPECT_EQ(tree.find("SHOULD NOT SHOW"), std::string::npos) << tree;
-    EXPECT_EQ(tree.find("Refused"), std::string::npos) << tree;
     EXPECT_EQ(browser.quit(), 0);
 }
 
