@@ -1,3 +1,4 @@
+#include "app/SqliteSettingsStore.h"
 #include "e2e/E2eSteps.h"
 #include "support/LoopbackServer.h"
 
@@ -169,12 +170,13 @@ TEST(PageRequests, AKilledPageShowsItsMessageAndReloadsWhileOtherTabsWork) {
 }
 
 TEST(PageRequests, ARefusedCertificateShowsTheErrorPageInEachTheme) {
-    for (const char* theme : {"midnight", "sunrise"}) {
+    for (const char* theme : {"midnight", "citrus"}) {
         LoopbackServer secure(LoopbackServer::Transport::Https);
         secure.serveHtml("/", "<title>Secret page</title><p>SECRET BODY TEXT");
         ProcessBrowser browser;
         seedProfile(browser);
-        writeStoredBlob(browser.settingsFile(), std::string(BrowserState::themeKey), theme);
+        // The theme is stored as a string, not a blob.
+        SqliteSettingsStore::open(browser.settingsFile())->setString(BrowserState::themeKey, theme);
         seedProfileBlob(browser, BrowserState::sessionKeyBase,
                         encodeSession({0, {{secure.url("/")}}}));
         ASSERT_TRUE(browser.launch());
