@@ -77,13 +77,14 @@ bool clickInPage(const ProcessBrowserDriver& driver) {
     return address && driver.clickAt(address->x + address->width / 2, address->y + 300);
 }
 
-TEST(PageRequests, NewWindowsOfAPageOpenAsTabsNextToIt) {
+TEST(PageRequests, NewWindowsAndTheContextMenusLinksOpenAsTabsNextToTheirPage) {
     LoopbackServer server;
     server.serveHtml("/blank", wholePage("Blank opener", R"(<a id="all" target="_blank"
         href="/from-blank">open</a>)"));
     server.serveHtml("/script", wholePage("Script opener", R"html(<div id="all"
         onclick="window.open('/from-script')">open</div>)html"));
-    server.serveHtml("/last", "<title>Last page</title>");
+    server.serveHtml("/last", wholePage("Last page", R"(<a id="all" href="/from-menu">open</a>)"));
+    server.serveHtml("/from-menu", "<title>From menu</title>");
     server.serveHtml("/from-blank", "<title>From blank</title>");
     server.serveHtml("/from-script", "<title>From script</title>");
     ProcessBrowser browser;
@@ -103,10 +104,22 @@ TEST(PageRequests, NewWindowsOfAPageOpenAsTabsNextToIt) {
     ProcessBrowser::waitUntil([] { return false; }, 1s);
     ASSERT_TRUE(clickInPage(driver));
     ASSERT_TRUE(driver.waitFor("page tab", "From script", 30s)) << driver.dump();
+
+    // The page's own menu opens its link in a tab behind.
+    ASSERT_TRUE(selectTab(driver, "Last page"));
+    ProcessBrowser::waitUntil([] { return false; }, 1s);
+    auto address = driver.extents("text", "Address");
+    ASSERT_TRUE(address);
+    ASSERT_TRUE(driver.clickAt(address->x + address->width / 2, address->y + 300, 3));
+    ASSERT_TRUE(driver.waitFor("menu item", "Open Link in New Tab", 10s)) << driver.dump();
+    EXPECT_FALSE(driver.exists("menu item", "Open Link in New Window"));
+    ASSERT_TRUE(driver.click("menu item", "Open Link in New Tab"));
+    EXPECT_TRUE(
+        ProcessBrowser::waitUntil([&] { return server.requestCount("/from-menu") > 0; }, 20s));
     ProcessBrowser::waitUntil(
         [&] {
             auto session = storedSession(browser);
-            return session && session->tabs.size() == 5;
+            return session && session->tabs.size() == 6;
         },
         20s);
 
@@ -119,8 +132,8 @@ TEST(PageRequests, NewWindowsOfAPageOpenAsTabsNextToIt) {
     }
     EXPECT_EQ(order, (std::vector<std::string>{server.url("/blank"), server.url("/from-blank"),
                                                server.url("/script"), server.url("/from-script"),
-                                               server.url("/last")}));
-    EXPECT_EQ(session->selectedIndex, 3) << "the new tab is selected";
+                                               server.url("/last"), server.url("/from-menu")}));
+    EXPECT_EQ(session->selectedIndex, 4) << "a new window's tab was selected, the menu's was not";
 }
 
 TEST(PageRequests, AKilledPageShowsItsMessageAndReloadsWhileOtherTabsWork) {
