@@ -10,6 +10,7 @@
 #include "chrome/BrowserCommands.h"
 #include "chrome/BrowserWindow.h"
 #include "chrome/PermissionPromptDialog.h"
+#include "chrome/SignInDialog.h"
 #include "pages/CommandPaletteSheet.h"
 #include "pages/OvelAboutPageNative.h"
 #include "pages/OvelDownloadsPageNative.h"
@@ -82,6 +83,20 @@ void askUser(const PermissionQuestion& question, PermissionAnswer answer) {
     GtkRoot* root = question.webView != nullptr ? gtk_widget_get_root(question.webView) : nullptr;
     PermissionPromptDialog::present(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr, question.host,
                                     requestText(question.kind), std::move(answer));
+}
+
+// A site's sign-in question, over the window of the tab that asks.
+void askToSignIn(const AuthenticationQuestion& question, AuthenticationAnswer answer) {
+    GtkRoot* root = question.webView != nullptr ? gtk_widget_get_root(question.webView) : nullptr;
+    SignInDialog::present(
+        GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr, question.host, question.realm,
+        [answer = std::move(answer)](std::optional<std::pair<std::string, std::string>> given) {
+            if (given) {
+                answer(Credentials{std::move(given->first), std::move(given->second)});
+            } else {
+                answer(std::nullopt);
+            }
+        });
 }
 
 } // namespace
@@ -166,6 +181,7 @@ void OvelWebApp::startup() {
 
     parts_ = std::make_unique<Parts>();
     parts_->engine.setPermissionPrompter(askUser);
+    parts_->engine.setAuthenticationPrompter(askToSignIn);
     parts_->state = BrowserState::create(
         BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue, parts_->clock,
                         parts_->uuids, parts_->favicons, parts_->desktop});

@@ -276,8 +276,9 @@ void BrowserState::replaceTabs(const std::vector<TabStore>& records, int selecte
     }
 }
 
-std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>& record) {
-    auto tab = BrowserTab::create(services_, notices_);
+std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>& record,
+                                                  NewWebViewRequest* adopting) {
+    auto tab = BrowserTab::create(services_, notices_, adopting);
     std::optional<Url> url;
     if (record) {
         tab->setPinned(record->isPinned);
@@ -285,7 +286,7 @@ std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>&
     }
     if (url) {
         tab->load(*url);
-    } else {
+    } else if (adopting == nullptr) {
         tab->loadStartPage(theme.get());
     }
     applyAdBlock(*tab);
@@ -344,6 +345,26 @@ void BrowserState::bind(BrowserTab& tab) {
         auto state = weakState.lock();
         return state ? sitePermissionDecision(state->sitePermissionRules.get(), host, kind)
                      : PermissionDecision::Prompt;
+    };
+    tab.onNewWebViewRequest = [weakState, weakTab](NewWebViewRequest& request) {
+        auto state = weakState.lock();
+        auto opener = weakTab.lock();
+        if (!state || !opener || state->indexOfTab(opener->id()) < 0) {
+            return false;
+        }
+        auto group = state->operation();
+        state->addTabFromOpener(*opener, state->makeTab(std::nullopt, &request), true);
+        return true;
+    };
+    tab.onBackgroundTabRequest = [weakState, weakTab](const Url& url) {
+        auto state = weakState.lock();
+        auto opener = weakTab.lock();
+        if (!state || !opener || state->indexOfTab(opener->id()) < 0) {
+            return;
+        }
+        auto group = state->operation();
+        state->addTabFromOpener(*opener, state->makeTab(TabStore{url.absoluteString(), false}),
+                                false);
     };
 
     // A tab that has left the strip (closed, or held by someone after a restore) says nothing

@@ -241,9 +241,13 @@ private:
     void noteSelection();
     void announceSelection();
 
-    // The one way to make a tab: content first (the stored address, else the start page),
-    // then policies, then callbacks.
-    std::shared_ptr<BrowserTab> makeTab(const std::optional<TabStore>& record);
+    // The one way to make a tab: content first (the stored address, else the start page, else
+    // the new page a site asked for, which the engine loads), then policies, then callbacks.
+    std::shared_ptr<BrowserTab> makeTab(const std::optional<TabStore>& record,
+                                        NewWebViewRequest* adopting = nullptr);
+    // Puts a tab opened from `opener`'s page next to it: after the tabs already opened from
+    // the same page, so links opened one after another keep their order.
+    void addTabFromOpener(const BrowserTab& opener, std::shared_ptr<BrowserTab> tab, bool select);
     // The one way to replace every tab at once (profile switch, workspace restore).
     enum class ReloadSelected { No, Yes };
     void replaceTabs(const std::vector<TabStore>& records, int selected, ReloadSelected reload);

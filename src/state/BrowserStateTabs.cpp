@@ -37,6 +37,22 @@ void BrowserState::addTabAndSelect(std::shared_ptr<BrowserTab> tab) {
     persistSession();
 }
 
+void BrowserState::addTabFromOpener(const BrowserTab& opener, std::shared_ptr<BrowserTab> tab,
+                                    bool select) {
+    const int count = static_cast<int>(tabs->size());
+    int index = std::max(indexOfTab(opener.id()) + 1, pinnedCount());
+    while (index < count &&
+           tabs.get()[static_cast<std::size_t>(index)]->openerID() == opener.id()) {
+        ++index;
+    }
+    tab->setOpener(opener.id());
+    const Uuid id = tab->id();
+    const auto selected = selectedTab();
+    tabs.insert(index, std::move(tab));
+    setSelectionToTab(select || !selected ? id : selected->id());
+    persistSession();
+}
+
 void BrowserState::pushClosedTab(TabStore record) {
     closedTabs_.insert(closedTabs_.begin(), std::move(record));
     if (closedTabs_.size() > maxClosedTabs) {
@@ -263,8 +279,9 @@ void BrowserState::goForward() {
 }
 
 void BrowserState::reload() {
+    auto group = operation();
     if (const auto tab = selectedTab()) {
-        tab->mutableWebView().reload();
+        tab->reload();
     }
 }
 

@@ -13,13 +13,16 @@
 namespace ovel {
 
 std::shared_ptr<BrowserTab> BrowserTab::create(const BrowserServices& services,
-                                               std::shared_ptr<NoticeQueue> notices) {
-    return std::shared_ptr<BrowserTab>(new BrowserTab(services, std::move(notices)));
+                                               std::shared_ptr<NoticeQueue> notices,
+                                               NewWebViewRequest* adopting) {
+    return std::shared_ptr<BrowserTab>(new BrowserTab(services, std::move(notices), adopting));
 }
 
-BrowserTab::BrowserTab(const BrowserServices& services, std::shared_ptr<NoticeQueue> notices)
+BrowserTab::BrowserTab(const BrowserServices& services, std::shared_ptr<NoticeQueue> notices,
+                       NewWebViewRequest* adopting)
     : services_(services), notices_(std::move(notices)), id_(services.uuids.makeUuid()),
-      webView_(services.engine.createWebView(*this)) {}
+      webView_(adopting != nullptr ? adopting->createWebView(*this)
+                                   : services.engine.createWebView(*this)) {}
 
 BrowserTab::~BrowserTab() {
     notices_->cancel(this);
@@ -41,12 +44,24 @@ std::optional<Url> BrowserTab::webViewUrl() const {
 
 void BrowserTab::load(const Url& url) {
     displayAddress.set(std::nullopt);
+    clearPageTrouble();
     webView_->load(LoadRequest{url.absoluteString()});
 }
 
 void BrowserTab::loadStartPage(BrowserTheme theme) {
     displayAddress.set(std::nullopt);
+    clearPageTrouble();
     webView_->loadHTMLString(startPageHTML(theme));
+}
+
+void BrowserTab::reload() {
+    clearPageTrouble();
+    webView_->reload();
+}
+
+void BrowserTab::clearPageTrouble() {
+    hasCrashed.set(false);
+    isUnresponsive.set(false);
 }
 
 void BrowserTab::showInternalPage(std::string_view address, std::string_view pageTitle) {
@@ -59,6 +74,8 @@ void BrowserTab::showInternalPage(std::string_view address, std::string_view pag
 
 void BrowserTab::didStartProvisionalNavigation() {
     NoticeQueue::Group group(*notices_);
+    // A new page is on its way, in a new process if the last one died.
+    hasCrashed.set(false);
     isLoading.set(true);
 }
 
@@ -91,6 +108,15 @@ void BrowserTab::estimatedProgressDidChange() {
 NavigationActionPolicy BrowserTab::decidePolicy(const NavigationAction& action) {
     NoticeQueue::Group group(*notices_);
     const std::optional<Url> url = action.url ? Url::fromEngine(*action.url) : std::nullopt;
+    // A middle click or a Ctrl+click on a link leaves this page where it is and opens the link
+    // behind it. Internal addresses open in place, as they do from the address field.
+    const bool wantsBackgroundTab =
+        action.isLinkClick && (action.mouseButton == 2 || action.controlKey);
+    if (wantsBackgroundTab && url && url->scheme() != "chrome" && url->scheme() != "ovel" &&
+        onBackgroundTabRequest) {
+        onBackgroundTabRequest(*url);
+        return NavigationActionPolicy::Cancel;
+    }
     if (url && onNavigationRequest) {
         onNavigationRequest(*url);
     }
@@ -129,6 +155,31 @@ PermissionDecision BrowserTab::decideSitePermission(std::string_view host,
         return PermissionDecision::Prompt;
     }
     return onSitePermissionRequest(toLowerAscii(host), kind);
+}
+
+bool BrowserTab::createWebViewForNewTab(NewWebViewRequest& request) {
+    NoticeQueue::Group group(*notices_);
+    return onNewWebViewRequest ? onNewWebViewRequest(request) : false;
+}
+
+void BrowserTab::openLinkInNewTab(std::string_view url) {
+    NoticeQueue::Group group(*notices_);
+    const std::optional<Url> link = Url::fromEngine(url);
+    if (link && onBackgroundTabRequest) {
+        onBackgroundTabRequest(*link);
+    }
+}
+
+void BrowserTab::webProcessDidTerminate() {
+    NoticeQueue::Group group(*notices_);
+    isUnresponsive.set(false);
+    hasCrashed.set(true);
+    isLoading.set(false);
+}
+
+void BrowserTab::webProcessResponsivenessDidChange(bool responsive) {
+    NoticeQueue::Group group(*notices_);
+    isUnresponsive.set(!responsive && !hasCrashed.get());
 }
 
 std::optional<std::string> BrowserTab::decideDestination(Download& download,

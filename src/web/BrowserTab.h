@@ -28,6 +28,8 @@ enum class TabField : unsigned {
     Pinned = 1u << 6,
     DisplayAddress = 1u << 7,
     DownloadMessage = 1u << 8,
+    // The page's process crashed or stopped answering.
+    Crashed = 1u << 9,
 };
 
 class TabFields {
@@ -61,8 +63,10 @@ public:
     static constexpr double defaultPageZoom = 1.1;
 
     // A tab showing nothing yet; its notices join the operations of whoever shares `notices`.
+    // With `adopting`, its view is the new page a site asked for, which the engine loads itself.
     static std::shared_ptr<BrowserTab> create(const BrowserServices& services,
-                                              std::shared_ptr<NoticeQueue> notices);
+                                              std::shared_ptr<NoticeQueue> notices,
+                                              NewWebViewRequest* adopting = nullptr);
     ~BrowserTab() override;
 
     BrowserTab(const BrowserTab&) = delete;
@@ -94,6 +98,13 @@ public:
     // Set while the tab shows an internal page: its ovel:// address.
     Published<std::optional<std::string>, BrowserTab> displayAddress{
         *notices_, noteOf(TabField::DisplayAddress)};
+    // The page's process is gone: nothing of the page is left until it is loaded again.
+    Published<bool, BrowserTab> hasCrashed{*notices_, noteOf(TabField::Crashed), false};
+    // The page's process has stopped answering; it may still come back by itself.
+    Published<bool, BrowserTab> isUnresponsive{*notices_, noteOf(TabField::Crashed), false};
+    // The tab this one was opened from by a link or a page's script, while the strip keeps the
+    // tabs opened from one page together; none for a tab the user opened.
+    const std::optional<Uuid>& openerID() const { return openerID_; }
 
     // Installed once by the browser state; each holds the state (and the tab) weakly.
     std::function<void(WebView&)> onPageUpdate;
@@ -105,13 +116,21 @@ public:
     // Location and notification requests from the engine.
     std::function<PermissionDecision(std::string_view host, SitePermissionKind)>
         onSitePermissionRequest;
+    // The page asked for a window of its own: true when a tab took the engine's new view.
+    std::function<bool(NewWebViewRequest&)> onNewWebViewRequest;
+    // The user asked for a link in a tab of its own, behind this one.
+    std::function<void(const Url&)> onBackgroundTabRequest;
 
 private:
     friend class BrowserState;
 
-    BrowserTab(const BrowserServices& services, std::shared_ptr<NoticeQueue> notices);
+    BrowserTab(const BrowserServices& services, std::shared_ptr<NoticeQueue> notices,
+               NewWebViewRequest* adopting);
 
     WebView& mutableWebView() { return *webView_; }
+    // Loads the page again; a crashed or hung page comes back in a new process.
+    void reload();
+    void setOpener(std::optional<Uuid> id) { openerID_ = std::move(id); }
     // Leaves any internal page and loads `url` with the 60-second time-out.
     void load(const Url& url);
     void loadStartPage(BrowserTheme theme);
@@ -135,6 +154,12 @@ private:
                                                     MediaCaptureType type) override;
     PermissionDecision decideSitePermission(std::string_view host,
                                             SitePermissionKind kind) override;
+    bool createWebViewForNewTab(NewWebViewRequest& request) override;
+    void openLinkInNewTab(std::string_view url) override;
+    void webProcessDidTerminate() override;
+    void webProcessResponsivenessDidChange(bool responsive) override;
+    // The page is back, or on its way back: a crash or a hang no longer stands.
+    void clearPageTrouble();
 
     // DownloadDelegate
     std::optional<std::string> decideDestination(Download& download,
@@ -166,6 +191,7 @@ private:
     void postToSelf(std::function<void(BrowserTab&)> task);
 
     Uuid id_;
+    std::optional<Uuid> openerID_;
     std::vector<Transfer> transfers_;
     // Declared last so it goes first: the view never calls back into a half-destroyed tab.
     std::unique_ptr<WebView> webView_;

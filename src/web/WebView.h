@@ -20,6 +20,11 @@ struct LoadRequest {
 struct NavigationAction {
     std::optional<std::string> url;
     bool shouldPerformDownload = false;
+    // The user clicked a link: with which mouse button (1 the primary, 2 the middle one) and
+    // whether Ctrl was held.
+    bool isLinkClick = false;
+    unsigned mouseButton = 0;
+    bool controlKey = false;
 };
 
 enum class NavigationActionPolicy { Cancel, Allow, Download };
@@ -43,6 +48,22 @@ struct UserScript {
 
 // What a web view tells its owner. Every call arrives on the UI thread, in the order the
 // engine sends them: provisional start, then finish or failure.
+class WebView;
+class WebViewDelegate;
+
+// A page asked for a window of its own (a link with target=_blank, window.open from a click).
+// The engine has the new page ready to run in the opener's process, so that window.opener works;
+// whoever takes it makes the one view for it.
+class NewWebViewRequest {
+public:
+    virtual ~NewWebViewRequest() = default;
+    // The address the page asked to open; none for an empty window.
+    virtual std::optional<std::string> url() const = 0;
+    // The new page's view, reporting to `delegate`. Called at most once, and only while the
+    // request is being decided.
+    virtual std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) = 0;
+};
+
 class WebViewDelegate {
 public:
     virtual ~WebViewDelegate() = default;
@@ -65,6 +86,15 @@ public:
                                                             MediaCaptureType type) = 0;
     virtual PermissionDecision decideSitePermission(std::string_view host,
                                                     SitePermissionKind kind) = 0;
+
+    // The page wants a new window: true when a view was made from the request, false to refuse.
+    virtual bool createWebViewForNewTab(NewWebViewRequest& request) = 0;
+    // The user asked for a link in a new tab (from the page's context menu).
+    virtual void openLinkInNewTab(std::string_view url) = 0;
+    // The page's process is gone (crashed, killed, out of memory): nothing of it is left to show.
+    virtual void webProcessDidTerminate() = 0;
+    // The page's process stopped answering, or answers again.
+    virtual void webProcessResponsivenessDidChange(bool responsive) = 0;
 };
 
 // One page of the web engine, owned by one tab.

@@ -1,5 +1,7 @@
 #include "support/LoopbackServer.h"
 
+#include "support/SelfSignedCertificate.h"
+
 #include <gtest/gtest.h>
 #include <libsoup/soup.h>
 
@@ -59,11 +61,27 @@ void dropConnection(SoupServerMessage* message, gpointer) {
 
 } // namespace
 
-LoopbackServer::LoopbackServer() : impl_(std::make_unique<Impl>()) {
-    impl_->server = soup_server_new(nullptr, nullptr);
-    soup_server_add_handler(impl_->server, nullptr, &LoopbackServer::dispatch, this, nullptr);
+LoopbackServer::LoopbackServer(Transport transport)
+    : impl_(std::make_unique<Impl>()), transport_(transport) {
     GError* error = nullptr;
-    if (!soup_server_listen_local(impl_->server, 0, SOUP_SERVER_LISTEN_IPV4_ONLY, &error)) {
+    GTlsCertificate* certificate = nullptr;
+    if (transport == Transport::Https) {
+        certificate = g_tls_certificate_new_from_pem(selfSignedCertificatePem, -1, &error);
+        if (certificate == nullptr) {
+            const std::string message = error->message;
+            g_error_free(error);
+            throw std::runtime_error("loopback server certificate: " + message);
+        }
+    }
+    impl_->server = certificate != nullptr
+                        ? soup_server_new("tls-certificate", certificate, nullptr)
+                        : soup_server_new(nullptr, nullptr);
+    g_clear_object(&certificate);
+    soup_server_add_handler(impl_->server, nullptr, &LoopbackServer::dispatch, this, nullptr);
+    const auto options =
+        SoupServerListenOptions(SOUP_SERVER_LISTEN_IPV4_ONLY |
+                                (transport == Transport::Https ? SOUP_SERVER_LISTEN_HTTPS : 0));
+    if (!soup_server_listen_local(impl_->server, 0, options, &error)) {
         const std::string message = error->message;
         g_error_free(error);
         throw std::runtime_error("loopback server: " + message);
@@ -85,7 +103,8 @@ LoopbackServer::~LoopbackServer() {
 }
 
 std::string LoopbackServer::url(std::string_view path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + std::string(path);
+    return std::string(transport_ == Transport::Https ? "https" : "http") +
+           "://127.0.0.1:" + std::to_string(port_) + std::string(path);
 }
 
 std::string LoopbackServer::localhostUrl(std::string_view path) const {

@@ -37,14 +37,17 @@ public:
     // Answers one request; the message may be paused and finished later.
     using Handler = std::function<void(SoupServerMessage* message, const Request& request)>;
 
-    LoopbackServer();
+    enum class Transport { Http, Https };
+
+    // Over https the server shows a self-signed certificate, which browsers refuse.
+    explicit LoopbackServer(Transport transport = Transport::Http);
     ~LoopbackServer();
 
     LoopbackServer(const LoopbackServer&) = delete;
     LoopbackServer& operator=(const LoopbackServer&) = delete;
 
     int port() const { return port_; }
-    // "http://127.0.0.1:<port>" followed by `path`.
+    // "http://127.0.0.1:<port>" (or https) followed by `path`.
     std::string url(std::string_view path) const;
     // The same server under the name "localhost": another site, as the browser sees it.
     std::string localhostUrl(std::string_view path) const;
@@ -85,6 +88,7 @@ private:
     std::map<std::string, Handler, std::less<>> handlers_;
     std::vector<Request> log_;
     int port_ = 0;
+    Transport transport_;
 };
 
 } // namespace ovel::test

@@ -37,6 +37,8 @@ public:
     // Returns its exit status, or none when it had to be killed.
     std::optional<int> quit(std::chrono::milliseconds limit = std::chrono::seconds(20));
     bool isRunning() const { return pid_ != 0 && !exited_; }
+    // The browser's process id; 0 before it is launched.
+    GPid pid() const { return pid_; }
 
     // Spins the default main context until `done` holds or `limit` passes.
     static bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit);

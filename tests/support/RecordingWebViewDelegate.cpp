@@ -32,4 +32,13 @@ std::size_t RecordingWebViewDelegate::count(const std::string& eventPrefix) cons
     return n;
 }
 
+bool RecordingWebViewDelegate::createWebViewForNewTab(NewWebViewRequest& request) {
+    newWindowRequests.push_back(request.url().value_or(""));
+    if (newWindowDelegate == nullptr || newWindowView) {
+        return false;
+    }
+    newWindowView = request.createWebView(*newWindowDelegate);
+    return newWindowView != nullptr;
+}
+
 } // namespace ovel::test

@@ -23,6 +23,12 @@ public:
     std::vector<std::string> events;
     std::vector<std::pair<std::string, MediaCaptureType>> mediaRequests;
     std::vector<std::pair<std::string, SitePermissionKind>> siteRequests;
+    // Pages asked for as new windows, and links asked for in new tabs, by address.
+    std::vector<std::string> newWindowRequests;
+    std::vector<std::string> newTabLinks;
+    // When set, a new window's request is answered with a view made for this delegate.
+    WebViewDelegate* newWindowDelegate = nullptr;
+    std::unique_ptr<WebView> newWindowView;
 
     PermissionDecision mediaDecision = PermissionDecision::Prompt;
     PermissionDecision siteDecision = PermissionDecision::Prompt;
@@ -35,7 +41,12 @@ public:
     void didFailNavigation() override { events.push_back("fail"); }
     void estimatedProgressDidChange() override {}
     void urlDidChange() override {}
-    NavigationActionPolicy decidePolicy(const NavigationAction&) override {
+    NavigationActionPolicy decidePolicy(const NavigationAction& action) override {
+        // Like a tab: a middle click or a Ctrl+click on a link goes to a tab behind.
+        if (action.isLinkClick && (action.mouseButton == 2 || action.controlKey)) {
+            newTabLinks.push_back(action.url.value_or(""));
+            return NavigationActionPolicy::Cancel;
+        }
         return NavigationActionPolicy::Allow;
     }
     NavigationResponsePolicy decidePolicy(const NavigationResponse& response) override {
@@ -52,6 +63,12 @@ public:
                                             SitePermissionKind kind) override {
         siteRequests.emplace_back(host, kind);
         return siteDecision;
+    }
+    bool createWebViewForNewTab(NewWebViewRequest& request) override;
+    void openLinkInNewTab(std::string_view url) override { newTabLinks.emplace_back(url); }
+    void webProcessDidTerminate() override { events.push_back("terminated"); }
+    void webProcessResponsivenessDidChange(bool responsive) override {
+        events.push_back(responsive ? "responsive" : "unresponsive");
     }
 };
 

@@ -60,7 +60,8 @@ void registerInternalSchemesOnce() {
 WebKitEngine::WebKitEngine(const Folders& folders)
     : session_(GObjectRef<WebKitNetworkSession>::adopt(
           webkit_network_session_new(folders.websiteData.c_str(), folders.websiteCache.c_str()))),
-      prompter_(std::make_shared<PermissionPrompter>()) {
+      prompter_(std::make_shared<PermissionPrompter>()),
+      authenticationPrompter_(std::make_shared<AuthenticationPrompter>()) {
     if (!folders.contentFilters.empty()) {
         filterStore_ = GObjectRef<WebKitUserContentFilterStore>::adopt(
             webkit_user_content_filter_store_new(folders.contentFilters.c_str()));
@@ -72,7 +73,9 @@ WebKitEngine::WebKitEngine(const Folders& folders)
 WebKitEngine::~WebKitEngine() = default;
 
 std::unique_ptr<WebView> WebKitEngine::createWebView(WebViewDelegate& delegate) {
-    return std::make_unique<WebKitWebViewAdapter>(session_.get(), delegate, prompter_);
+    return std::make_unique<WebKitWebViewAdapter>(
+        session_.get(), delegate,
+        WebKitWebViewAdapter::Prompters{prompter_, authenticationPrompter_});
 }
 
 bool WebKitEngine::compileContentRuleList(std::string_view identifier, std::string_view json,
@@ -92,6 +95,10 @@ bool WebKitEngine::compileContentRuleList(std::string_view identifier, std::stri
 
 void WebKitEngine::setPermissionPrompter(PermissionPrompter prompter) {
     *prompter_ = std::move(prompter);
+}
+
+void WebKitEngine::setAuthenticationPrompter(AuthenticationPrompter prompter) {
+    *authenticationPrompter_ = std::move(prompter);
 }
 
 void WebKitEngine::onDownloadStarted(WebKitNetworkSession*, WebKitDownload* download,

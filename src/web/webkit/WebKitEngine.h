@@ -1,8 +1,9 @@
 #pragma once
 
-#include "web/WebEngine.h"
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
+#include "web/WebEngine.h"
+#include "web/webkit/AuthenticationPrompter.h"
 #include "web/webkit/PermissionPrompter.h"
 
 #include <memory>
@@ -38,6 +39,9 @@ public:
     // Asks the user about the permission requests that site rules leave open. Until one is set,
     // such requests are denied.
     void setPermissionPrompter(PermissionPrompter prompter);
+    // Asks the user to sign in when a site wants HTTP authentication. Until one is set, such
+    // requests are cancelled and their loads fail.
+    void setAuthenticationPrompter(AuthenticationPrompter prompter);
 
     WebKitNetworkSession* networkSession() const { return session_.get(); }
 
@@ -48,6 +52,7 @@ private:
     GObjectRef<WebKitNetworkSession> session_;
     GObjectRef<WebKitUserContentFilterStore> filterStore_;
     std::shared_ptr<PermissionPrompter> prompter_;
+    std::shared_ptr<AuthenticationPrompter> authenticationPrompter_;
     GSignalConnections signals_;
 };
 

@@ -1,6 +1,7 @@
 #include "web/webkit/WebKitWebViewAdapter.h"
 
 #include "web/ContentPolicies.h"
+#include "web/ErrorPage.h"
 #include "web/Url.h"
 
 #include "web/webkit/WebKitContentRuleList.h"
@@ -58,11 +59,93 @@ bool isAttachment(WebKitURIResponse* response) {
     return attachment;
 }
 
+// What is wrong with a certificate, in words for the error page; the worst problem first.
+std::string certificateProblem(GTlsCertificateFlags errors) {
+    if ((errors & G_TLS_CERTIFICATE_REVOKED) != 0) {
+        return "The certificate has been revoked.";
+    }
+    if ((errors & G_TLS_CERTIFICATE_UNKNOWN_CA) != 0) {
+        return "The certificate was not issued by an authority this computer trusts.";
+    }
+    if ((errors & G_TLS_CERTIFICATE_BAD_IDENTITY) != 0) {
+        return "The certificate was issued for a different site.";
+    }
+    if ((errors & G_TLS_CERTIFICATE_EXPIRED) != 0) {
+        return "The certificate has expired.";
+    }
+    if ((errors & G_TLS_CERTIFICATE_NOT_ACTIVATED) != 0) {
+        return "The certificate is not valid yet.";
+    }
+    if ((errors & G_TLS_CERTIFICATE_INSECURE) != 0) {
+        return "The certificate uses an insecure algorithm.";
+    }
+    return "The certificate could not be checked.";
+}
+
+// Answers one sign-in question exactly once; dropped unanswered, it cancels.
+class AuthenticationReply {
+public:
+    explicit AuthenticationReply(WebKitAuthenticationRequest* request)
+        : request_(GObjectRef<WebKitAuthenticationRequest>::retain(request)) {}
+    ~AuthenticationReply() { answer(std::nullopt); }
+
+    AuthenticationReply(const AuthenticationReply&) = delete;
+    AuthenticationReply& operator=(const AuthenticationReply&) = delete;
+
+    void answer(const std::optional<Credentials>& credentials) {
+        auto request = std::move(request_);
+        if (!request) {
+            return;
+        }
+        if (!credentials) {
+            // The load it belongs to fails, as if the site had refused.
+            webkit_authentication_request_cancel(request.get());
+            return;
+        }
+        WebKitCredential* credential =
+            webkit_credential_new(credentials->user.c_str(), credentials->password.c_str(),
+                                  WEBKIT_CREDENTIAL_PERSISTENCE_FOR_SESSION);
+        webkit_authentication_request_authenticate(request.get(), credential);
+        webkit_credential_free(credential);
+    }
+
+private:
+    GObjectRef<WebKitAuthenticationRequest> request_;
+};
+
 } // namespace
 
+// A page's request for a new window: makes the one related view that answers it.
+class WebKitNewWebViewRequest final : public NewWebViewRequest {
+public:
+    WebKitNewWebViewRequest(WebKitWebViewAdapter& opener, WebKitNavigationAction* action)
+        : opener_(opener), action_(action) {}
+
+    std::optional<std::string> url() const override {
+        return nonEmpty(webkit_uri_request_get_uri(webkit_navigation_action_get_request(action_)));
+    }
+
+    std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) override {
+        if (made_ != nullptr) {
+            return nullptr;
+        }
+        auto view = std::make_unique<WebKitWebViewAdapter>(opener_.session_, delegate,
+                                                           opener_.prompters_, opener_.view_.get());
+        made_ = view.get();
+        return view;
+    }
+
+    WebKitWebViewAdapter* made() const { return made_; }
+
+private:
+    WebKitWebViewAdapter& opener_;
+    WebKitNavigationAction* action_;
+    WebKitWebViewAdapter* made_ = nullptr;
+};
+
 WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebViewDelegate& delegate,
-                                           std::shared_ptr<const PermissionPrompter> prompter)
-    : delegate_(delegate), prompter_(std::move(prompter)),
+                                           Prompters prompters, WebKitWebView* relatedView)
+    : delegate_(delegate), session_(session), prompters_(std::move(prompters)),
       sequencer_(
           delegate,
           {[this] { titleTimer_.start(titleWait, [this] { sequencer_.titleWaitExpired(); }); },
@@ -72,10 +155,16 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     webkit_settings_set_enable_back_forward_navigation_gestures(settings.get(), TRUE);
     auto contentManager =
         GObjectRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
-    // A widget starts with a floating reference; retain() sinks it so this adapter owns it.
-    view_ = GObjectRef<WebKitWebView>::retain(WEBKIT_WEB_VIEW(
-        g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, "settings", settings.get(),
-                     "user-content-manager", contentManager.get(), nullptr)));
+    // A widget starts with a floating reference; retain() sinks it so this adapter owns it. A
+    // related view takes its opener's network session.
+    GObject* made = relatedView != nullptr
+                        ? G_OBJECT(g_object_new(WEBKIT_TYPE_WEB_VIEW, "related-view", relatedView,
+                                                "settings", settings.get(), "user-content-manager",
+                                                contentManager.get(), nullptr))
+                        : G_OBJECT(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session,
+                                                "settings", settings.get(), "user-content-manager",
+                                                contentManager.get(), nullptr));
+    view_ = GObjectRef<WebKitWebView>::retain(WEBKIT_WEB_VIEW(made));
     webkit_web_view_set_zoom_level(view_.get(), initialZoom);
     g_object_set_qdata(G_OBJECT(view_.get()), adapterQuark(), this);
 
@@ -90,6 +179,17 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     signals_.connect(view, "decide-policy", G_CALLBACK(&onDecidePolicy), this);
     signals_.connect(view, "permission-request", G_CALLBACK(&onPermissionRequest), this);
     signals_.connect(view, "web-process-terminated", G_CALLBACK(&onWebProcessTerminated), this);
+    signals_.connect(view, "notify::is-web-process-responsive", G_CALLBACK(&onResponsiveChanged),
+                     this);
+    signals_.connect(view, "create", G_CALLBACK(&onCreate), this);
+    signals_.connect(view, "context-menu", G_CALLBACK(&onContextMenu), this);
+    signals_.connect(view, "load-failed-with-tls-errors", G_CALLBACK(&onLoadFailedWithTlsErrors),
+                     this);
+    signals_.connect(view, "authenticate", G_CALLBACK(&onAuthenticate), this);
+
+    openLinkAction_ = GObjectRef<GSimpleAction>::adopt(
+        g_simple_action_new("open-link-in-new-tab", G_VARIANT_TYPE_STRING));
+    signals_.connect(openLinkAction_.get(), "activate", G_CALLBACK(&onOpenLinkInNewTab), this);
 }
 
 WebKitWebViewAdapter::~WebKitWebViewAdapter() {
@@ -98,6 +198,7 @@ WebKitWebViewAdapter::~WebKitWebViewAdapter() {
     titleTimer_.cancel();
     loadTimer_.cancel();
     heldLoadTimer_.cancel();
+    errorPageTimer_.cancel();
     g_object_set_qdata(G_OBJECT(view_.get()), adapterQuark(), nullptr);
 }
 
@@ -201,6 +302,13 @@ void WebKitWebViewAdapter::reload() {
         return;
     }
     forgetTimedLoad();
+    errorPageTimer_.cancel();
+    // A hung process would never answer: it is ended first, and the page loads in a new one.
+    if (!webkit_web_view_get_is_web_process_responsive(view_.get())) {
+        restartingProcess_ = true;
+        webkit_web_view_terminate_web_process(view_.get());
+        restartingProcess_ = false;
+    }
     // Also brings a crashed page back: WebKit starts a new web process for it.
     webkit_web_view_reload(view_.get());
 }
@@ -476,6 +584,18 @@ int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* d
         NavigationAction navigation;
         navigation.url =
             nonEmpty(webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)));
+        navigation.isLinkClick = webkit_navigation_action_get_navigation_type(action) ==
+                                 WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
+        navigation.mouseButton = webkit_navigation_action_get_mouse_button(action);
+        navigation.controlKey =
+            (webkit_navigation_action_get_modifiers(action) & GDK_CONTROL_MASK) != 0;
+        if (static_cast<WebKitPolicyDecisionType>(type) ==
+                WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION &&
+            !(navigation.isLinkClick && (navigation.mouseButton == 2 || navigation.controlKey))) {
+            // A new window's page is decided in the new tab's own view, once it has one.
+            webkit_policy_decision_use(decision);
+            return TRUE;
+        }
         // WebKitGTK does not say whether a link has a download attribute: when such a click
         // is allowed, WebKit downloads it by itself and the download arrives through the
         // network session's download-started.
@@ -560,12 +680,13 @@ int WebKitWebViewAdapter::onPermissionRequest(WebKitWebView*, WebKitPermissionRe
 
 void WebKitWebViewAdapter::askUser(WebKitPermissionRequest* request, PermissionQuestion question) {
     auto reply = std::make_shared<WebKitPermissionReply>(request);
-    if (!prompter_ || !*prompter_) {
+    const auto& prompter = prompters_.permission;
+    if (!prompter || !*prompter) {
         reply->answer(false);
         return;
     }
     // The answer holds the request, not this adapter, so it may come after the tab is gone.
-    (*prompter_)(question, [reply](bool allow) { reply->answer(allow); });
+    (*prompter)(question, [reply](bool allow) { reply->answer(allow); });
 }
 
 void WebKitWebViewAdapter::onWebProcessTerminated(WebKitWebView*, int, WebKitWebViewAdapter* self) {
@@ -573,6 +694,101 @@ void WebKitWebViewAdapter::onWebProcessTerminated(WebKitWebView*, int, WebKitWeb
     // loading has failed; the tab keeps its title and address and can reload.
     self->forgetTimedLoad();
     self->sequencer_.processTerminated();
+    if (!self->restartingProcess_) {
+        self->delegate_.webProcessDidTerminate();
+    }
+}
+
+void WebKitWebViewAdapter::onResponsiveChanged(WebKitWebView* view, GParamSpec*,
+                                               WebKitWebViewAdapter* self) {
+    self->delegate_.webProcessResponsivenessDidChange(
+        webkit_web_view_get_is_web_process_responsive(view));
+}
+
+GtkWidget* WebKitWebViewAdapter::onCreate(WebKitWebView*, WebKitNavigationAction* action,
+                                          WebKitWebViewAdapter* self) {
+    // WebKit asks only for a click's target=_blank or window.open, or for a script's
+    // window.open while the page handles a click: pages may not open windows by themselves.
+    WebKitNewWebViewRequest request(*self, action);
+    if (!self->delegate_.createWebViewForNewTab(request) || request.made() == nullptr) {
+        return nullptr;
+    }
+    // The new tab owns its view; WebKit loads the page into it.
+    return request.made()->widget();
+}
+
+int WebKitWebViewAdapter::onContextMenu(WebKitWebView*, WebKitContextMenu* menu,
+                                        WebKitHitTestResult* hit, WebKitWebViewAdapter* self) {
+    const char* link = webkit_hit_test_result_get_link_uri(hit);
+    if (link == nullptr) {
+        return FALSE;
+    }
+    // The browser has tabs, not windows: WebKit's "Open Link in New Window" becomes ours.
+    int position = 0;
+    for (GList* item = webkit_context_menu_get_items(menu); item != nullptr;
+         item = item->next, ++position) {
+        auto* entry = static_cast<WebKitContextMenuItem*>(item->data);
+        if (webkit_context_menu_item_get_stock_action(entry) ==
+            WEBKIT_CONTEXT_MENU_ACTION_OPEN_LINK_IN_NEW_WINDOW) {
+            webkit_context_menu_remove(menu, entry);
+            webkit_context_menu_insert(menu,
+                                       webkit_context_menu_item_new_from_gaction(
+                                           G_ACTION(self->openLinkAction_.get()),
+                                           "Open Link in New Tab", g_variant_new_string(link)),
+                                       position);
+            break;
+        }
+    }
+    return FALSE;
+}
+
+void WebKitWebViewAdapter::onOpenLinkInNewTab(GSimpleAction*, GVariant* link,
+                                              WebKitWebViewAdapter* self) {
+    if (link != nullptr && g_variant_is_of_type(link, G_VARIANT_TYPE_STRING)) {
+        self->delegate_.openLinkInNewTab(g_variant_get_string(link, nullptr));
+    }
+}
+
+int WebKitWebViewAdapter::onLoadFailedWithTlsErrors(WebKitWebView*, char* failingUri,
+                                                    GTlsCertificate*, unsigned errors,
+                                                    WebKitWebViewAdapter* self) {
+    // Nothing of the page arrived: the connection ended at the certificate, and there is no
+    // way past it. The load fails for the tab, and the error page takes the failing address,
+    // so the address field and back and forward stay with it.
+    if (self->sequencer_.isLoading() && self->timedLoadRunning_) {
+        self->forgetTimedLoad();
+    }
+    self->sequencer_.loadFailed();
+    const std::optional<Url> url = Url::fromEngine(failingUri != nullptr ? failingUri : "");
+    std::string html =
+        certificateErrorPageHTML(url ? url->host().value_or("") : std::string(),
+                                 certificateProblem(static_cast<GTlsCertificateFlags>(errors)));
+    // WebKit ends the failed load right after this signal; the error page follows it.
+    self->errorPageTimer_.start(std::chrono::milliseconds(0), [self, html = std::move(html),
+                                                               uri = std::string(failingUri)] {
+        self->showingTitlelessHTML_ = false;
+        webkit_web_view_load_alternate_html(self->view_.get(), html.c_str(), uri.c_str(), nullptr);
+    });
+    self->releaseHeldLoad();
+    return TRUE;
+}
+
+int WebKitWebViewAdapter::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request,
+                                         WebKitWebViewAdapter* self) {
+    auto reply = std::make_shared<AuthenticationReply>(request);
+    const auto& prompter = self->prompters_.authentication;
+    if (!prompter || !*prompter) {
+        reply->answer(std::nullopt);
+        return TRUE;
+    }
+    const char* realm = webkit_authentication_request_get_realm(request);
+    const char* host = webkit_authentication_request_get_host(request);
+    AuthenticationQuestion question{toLowerAscii(host != nullptr ? host : ""),
+                                    realm != nullptr ? realm : "", self->widget()};
+    // The answer holds the request, not this adapter, so it may come after the tab is gone.
+    (*prompter)(question,
+                [reply](std::optional<Credentials> credentials) { reply->answer(credentials); });
+    return TRUE;
 }
 
 } // namespace ovel

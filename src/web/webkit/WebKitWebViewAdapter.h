@@ -4,6 +4,7 @@
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
 #include "web/WebView.h"
+#include "web/webkit/AuthenticationPrompter.h"
 #include "web/webkit/LoadEventSequencer.h"
 #include "web/webkit/PermissionPrompter.h"
 
@@ -21,6 +22,13 @@ typedef struct _WebKitPermissionRequest WebKitPermissionRequest;
 typedef struct _WebKitWebResource WebKitWebResource;
 typedef struct _WebKitURIRequest WebKitURIRequest;
 typedef struct _GAsyncResult GAsyncResult;
+typedef struct _GTlsCertificate GTlsCertificate;
+typedef struct _GVariant GVariant;
+typedef struct _GSimpleAction GSimpleAction;
+typedef struct _WebKitNavigationAction WebKitNavigationAction;
+typedef struct _WebKitContextMenu WebKitContextMenu;
+typedef struct _WebKitHitTestResult WebKitHitTestResult;
+typedef struct _WebKitAuthenticationRequest WebKitAuthenticationRequest;
 
 namespace ovel {
 
@@ -31,9 +39,17 @@ public:
     // How long a finished page may take to tell its title before it finishes untitled.
     static constexpr std::chrono::milliseconds titleWait{1000};
 
-    // `prompter` is read at each question, so it may be set after the view is made.
+    // Who puts the engine's questions to the user. Each is read at each question, so it may be
+    // set after the view is made.
+    struct Prompters {
+        std::shared_ptr<const PermissionPrompter> permission;
+        std::shared_ptr<const AuthenticationPrompter> authentication;
+    };
+
+    // With `relatedView`, the new view is a window that page asked for: it runs in the same web
+    // process and session, and its page can reach its opener.
     WebKitWebViewAdapter(WebKitNetworkSession* session, WebViewDelegate& delegate,
-                         std::shared_ptr<const PermissionPrompter> prompter);
+                         Prompters prompters, WebKitWebView* relatedView = nullptr);
     ~WebKitWebViewAdapter() override;
 
     WebKitWebViewAdapter(const WebKitWebViewAdapter&) = delete;
@@ -87,6 +103,20 @@ private:
     static int onPermissionRequest(WebKitWebView* view, WebKitPermissionRequest* request,
                                    WebKitWebViewAdapter* self);
     static void onWebProcessTerminated(WebKitWebView* view, int reason, WebKitWebViewAdapter* self);
+    static void onResponsiveChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
+    static GtkWidget* onCreate(WebKitWebView* view, WebKitNavigationAction* action,
+                               WebKitWebViewAdapter* self);
+    static int onContextMenu(WebKitWebView* view, WebKitContextMenu* menu, WebKitHitTestResult* hit,
+                             WebKitWebViewAdapter* self);
+    static void onOpenLinkInNewTab(GSimpleAction* action, GVariant* link,
+                                   WebKitWebViewAdapter* self);
+    static int onLoadFailedWithTlsErrors(WebKitWebView* view, char* failingUri,
+                                         GTlsCertificate* certificate, unsigned errors,
+                                         WebKitWebViewAdapter* self);
+    static int onAuthenticate(WebKitWebView* view, WebKitAuthenticationRequest* request,
+                              WebKitWebViewAdapter* self);
+
+    friend class WebKitNewWebViewRequest;
 
     // Hands a load to WebKit, or keeps it while the view's first load has not ended.
     void requestLoad(std::function<void()> issue);
@@ -106,7 +136,10 @@ private:
 
     GObjectRef<WebKitWebView> view_;
     WebViewDelegate& delegate_;
-    std::shared_ptr<const PermissionPrompter> prompter_;
+    WebKitNetworkSession* session_;
+    Prompters prompters_;
+    // Behind the page's context menu item "Open Link in New Tab"; its target is the link.
+    GObjectRef<GSimpleAction> openLinkAction_;
     GSignalConnections signals_;
     GLibTimer titleTimer_;
     GLibTimer loadTimer_;
@@ -132,6 +165,10 @@ private:
     // The latest load asked for while the first had not ended.
     std::function<void()> heldLoad_;
     GLibTimer heldLoadTimer_;
+    // Shows the error page of a refused certificate once the failed load has fully ended.
+    GLibTimer errorPageTimer_;
+    // This adapter is ending a hung page's process itself, to load it again: not a crash.
+    bool restartingProcess_ = false;
 };
 
 } // namespace ovel

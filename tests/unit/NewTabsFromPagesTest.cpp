@@ -1,0 +1,171 @@
+#include "support/BrowserFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace ovel::test {
+namespace {
+
+// A page's request for a new window, answered with a fake view from the fake engine.
+class FakeNewWebViewRequest : public NewWebViewRequest {
+public:
+    FakeNewWebViewRequest(FakeWebEngine& engine, std::string url)
+        : engine_(engine), url_(std::move(url)) {}
+    std::optional<std::string> url() const override { return url_; }
+    std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) override {
+        ++made;
+        return engine_.createWebView(delegate);
+    }
+    int made = 0;
+
+private:
+    FakeWebEngine& engine_;
+    std::string url_;
+};
+
+class NewTabsFromPages : public BrowserFixture {
+protected:
+    void SetUp() override {
+        launchFresh();
+        // Four tabs, a, b, c, d; b is selected.
+        showPage(0, "https://a.test/", "a");
+        for (const char* host : {"b", "c", "d"}) {
+            state->openInNewTab(std::string("https://") + host + ".test/");
+            showPage(state->selectedIndex.get(), std::string("https://") + host + ".test/", host);
+        }
+        state->selectTab(1);
+    }
+
+    WebViewDelegate& delegateAt(int index) { return viewAt(index).delegate(); }
+
+    // The strip as "host*" for the selected tab, e.g. "a b* c".
+    std::string strip() {
+        std::string text;
+        for (int i = 0; i < static_cast<int>(state->tabs->size()); ++i) {
+            const auto& tab = *state->tabs.get()[static_cast<std::size_t>(i)];
+            const FakeWebView& view = viewOf(tab);
+            const std::string name = view.committed               ? tab.title.get()
+                                     : !view.loadRequests.empty() ? view.loadRequests.back().url
+                                                                  : "new";
+            text += (text.empty() ? "" : " ") + name + (i == state->selectedIndex.get() ? "*" : "");
+        }
+        return text;
+    }
+
+    void middleClick(int index, const std::string& url, unsigned button = 2, bool control = false) {
+        NavigationAction click{url, false, true, button, control};
+        EXPECT_EQ(delegateAt(index).decidePolicy(click), NavigationActionPolicy::Cancel);
+    }
+};
+
+TEST_F(NewTabsFromPages, LinksOpenNextToTheirPageInOrder) {
+    struct Case {
+        const char* what;
+        std::function<void()> act;
+        const char* strip;
+    };
+    const std::vector<Case> cases = {
+        {"a middle click opens behind, next to its page",
+         [this] { middleClick(1, "https://x.test/"); }, "a b* https://x.test/ c d"},
+        {"Ctrl+click the same; links opened one after another keep their order",
+         [this] {
+             middleClick(1, "https://x.test/", 1, true);
+             middleClick(1, "https://y.test/");
+         },
+         "a b* https://x.test/ https://y.test/ c d"},
+        {"the context menu's item opens behind too",
+         [this] { delegateAt(3).openLinkInNewTab("https://z.test/"); }, "a b* c d https://z.test/"},
+        {"a new window of the page (target=_blank, window.open) is selected next to it",
+         [this] {
+             FakeNewWebViewRequest request(engine, "https://w.test/");
+             EXPECT_TRUE(delegateAt(1).createWebViewForNewTab(request));
+             EXPECT_EQ(request.made, 1);
+         },
+         "a b new* c d"},
+    };
+    for (const Case& c : cases) {
+        SetUp();
+        c.act();
+        EXPECT_EQ(strip(), c.strip) << c.what;
+    }
+}
+
+TEST_F(NewTabsFromPages, AnAdoptedViewIsTheTabsOwnAndLoadsNothingOfItsOwn) {
+    FakeNewWebViewRequest request(engine, "https://w.test/");
+    ASSERT_TRUE(delegateAt(1).createWebViewForNewTab(request));
+    FakeWebView& adopted = viewAt(2);
+    EXPECT_TRUE(adopted.loadRequests.empty());
+    EXPECT_TRUE(adopted.htmlLoads.empty()) << "no start page over what the engine loads";
+    adopted.simulateNavigation("https://w.test/", "w");
+    EXPECT_EQ(state->addressText.get(), "https://w.test/");
+    EXPECT_EQ(state->tabs->size(), 5u);
+    EXPECT_EQ(state->tabs.get()[2]->openerID(), state->tabs.get()[1]->id());
+}
+
+TEST_F(NewTabsFromPages, PlainClicksAndInternalAddressesStayInThePage) {
+    for (const NavigationAction& action : {
+             NavigationAction{"https://x.test/", false, true, 1, false},
+             NavigationAction{"https://x.test/", false, false, 2, false},
+             NavigationAction{"ovel://settings", false, true, 2, false},
+         }) {
+        EXPECT_NE(delegateAt(1).decidePolicy(action), NavigationActionPolicy::Download);
+        EXPECT_EQ(state->tabs->size(), 4u) << *action.url;
+    }
+}
+
+TEST_F(NewTabsFromPages, AClosedPagesLinksAreDropped) {
+    WebViewDelegate& closing = delegateAt(3);
+    FakeWebView& view = viewAt(3);
+    auto keep = state->tabs.get()[3]; // the engine may still call while the tab is going
+    state->closeTab(3);
+    view.delegate().openLinkInNewTab("https://x.test/");
+    FakeNewWebViewRequest request(engine, "https://w.test/");
+    EXPECT_FALSE(closing.createWebViewForNewTab(request));
+    EXPECT_EQ(request.made, 0);
+    EXPECT_EQ(state->tabs->size(), 3u);
+}
+
+TEST_F(NewTabsFromPages, ACrashedPageIsFlaggedUntilItLoadsAgain) {
+    std::vector<TabFields> heard;
+    Connections connections;
+    connections.add(state->tabChanged.connect(
+        [&](const BrowserTab&, TabFields fields) { heard.push_back(fields); }));
+    BrowserTab& tab = *state->selectedTab();
+    struct Step {
+        const char* what;
+        std::function<void()> act;
+        bool crashed;
+        bool unresponsive;
+    };
+    const std::vector<Step> steps = {
+        {"hangs", [&] { viewAt(1).delegate().webProcessResponsivenessDidChange(false); }, false,
+         true},
+        {"answers again", [&] { viewAt(1).delegate().webProcessResponsivenessDidChange(true); },
+         false, false},
+        {"crashes", [&] { viewAt(1).delegate().webProcessDidTerminate(); }, true, false},
+        {"a crashed page does not hang",
+         [&] { viewAt(1).delegate().webProcessResponsivenessDidChange(false); }, true, false},
+        {"reload", [&] { state->reload(); }, false, false},
+        {"crashes again", [&] { viewAt(1).delegate().webProcessDidTerminate(); }, true, false},
+        {"a new address", [&] { state->openURL("https://e.test/"); }, false, false},
+    };
+    for (const Step& step : steps) {
+        heard.clear();
+        const bool wasShown = tab.hasCrashed.get() || tab.isUnresponsive.get();
+        step.act();
+        EXPECT_EQ(tab.hasCrashed.get(), step.crashed) << step.what;
+        EXPECT_EQ(tab.isUnresponsive.get(), step.unresponsive) << step.what;
+        const bool heardCrash = std::any_of(heard.begin(), heard.end(), [](TabFields fields) {
+            return fields.has(TabField::Crashed);
+        });
+        // Views hear of it whenever the message would come or go, and only then.
+        EXPECT_EQ(heardCrash, wasShown != (step.crashed || step.unresponsive)) << step.what;
+    }
+    EXPECT_EQ(viewAt(1).reloadCount, 1) << "the reload reached the page";
+}
+
+} // namespace
+} // namespace ovel::test
