@@ -105,6 +105,11 @@ public:
     // Location and notification requests from the engine.
     std::function<PermissionDecision(std::string_view host, SitePermissionKind)>
         onSitePermissionRequest;
+    // The page entered or left full screen.
+    std::function<void(bool fullscreen)> onFullscreenChange;
+
+    // The id under which the desktop shows the page's notification `id` of this tab.
+    std::string desktopNotificationID(std::uint64_t id) const;
 
 private:
     friend class BrowserState;
@@ -135,6 +140,9 @@ private:
                                                     MediaCaptureType type) override;
     PermissionDecision decideSitePermission(std::string_view host,
                                             SitePermissionKind kind) override;
+    void pageDidShowNotification(const PageNotification& notification) override;
+    void pageDidCloseNotification(std::uint64_t id) override;
+    void pageDidChangeFullscreen(bool fullscreen) override;
 
     // DownloadDelegate
     std::optional<std::string> decideDestination(Download& download,

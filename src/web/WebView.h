@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,6 +42,14 @@ struct UserScript {
     // Injected at document start into the main frame only.
 };
 
+// A notification a page shows (the Notifications API). Title and body are plain text.
+struct PageNotification {
+    // Unique among the notifications of the running browser.
+    std::uint64_t id = 0;
+    std::string title;
+    std::string body;
+};
+
 // What a web view tells its owner. Every call arrives on the UI thread, in the order the
 // engine sends them: provisional start, then finish or failure.
 class WebViewDelegate {
@@ -65,6 +74,12 @@ public:
                                                             MediaCaptureType type) = 0;
     virtual PermissionDecision decideSitePermission(std::string_view host,
                                                     SitePermissionKind kind) = 0;
+
+    // A page allowed to show notifications showed one, or closed one it showed.
+    virtual void pageDidShowNotification(const PageNotification& notification) = 0;
+    virtual void pageDidCloseNotification(std::uint64_t id) = 0;
+    // The page put one of its elements in full screen (a video, requestFullscreen), or left it.
+    virtual void pageDidChangeFullscreen(bool fullscreen) = 0;
 };
 
 // One page of the web engine, owned by one tab.
@@ -96,6 +111,9 @@ public:
     virtual void addContentRuleList(const ContentRuleList& list) = 0;
     virtual void removeAllUserScripts() = 0;
     virtual void addUserScript(const UserScript& script) = 0;
+
+    // Asks the user how to print the page, in the print dialog of the window showing it.
+    virtual void print() = 0;
 };
 
 } // namespace ovel

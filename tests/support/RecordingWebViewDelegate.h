@@ -53,6 +53,9 @@ public:
         siteRequests.emplace_back(host, kind);
         return siteDecision;
     }
+    void pageDidShowNotification(const PageNotification&) override {}
+    void pageDidCloseNotification(std::uint64_t) override {}
+    void pageDidChangeFullscreen(bool) override {}
 };
 
 } // namespace ovel::test

@@ -5,6 +5,7 @@
 
 #include "web/webkit/WebKitContentRuleList.h"
 #include "web/webkit/WebKitDownloadAdapter.h"
+#include "web/webkit/WebKitEngine.h"
 #include "web/webkit/WebKitPermissionReply.h"
 
 #include <libsoup/soup.h>
@@ -90,11 +91,16 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     signals_.connect(view, "decide-policy", G_CALLBACK(&onDecidePolicy), this);
     signals_.connect(view, "permission-request", G_CALLBACK(&onPermissionRequest), this);
     signals_.connect(view, "web-process-terminated", G_CALLBACK(&onWebProcessTerminated), this);
+    signals_.connect(view, "show-notification", G_CALLBACK(&onShowNotification), this);
+    signals_.connect(view, "enter-fullscreen", G_CALLBACK(&onEnterFullscreen), this);
+    signals_.connect(view, "leave-fullscreen", G_CALLBACK(&onLeaveFullscreen), this);
+    signals_.connect(view, "print", G_CALLBACK(&onPrintRequested), this);
 }
 
 WebKitWebViewAdapter::~WebKitWebViewAdapter() {
     // The widget may outlive the adapter in its container: it must not call back.
     signals_.disconnectAll();
+    notificationSignals_.disconnectAll();
     titleTimer_.cancel();
     loadTimer_.cancel();
     heldLoadTimer_.cancel();
@@ -134,6 +140,7 @@ void WebKitWebViewAdapter::load(const LoadRequest& request) {
         loadTimer_.start(idleTimeout_, [this] { timedLoadExpired(); });
         timedLoadPending_ = true;
         timedLoadRunning_ = false;
+        WebKitEngine::noteOrigin(request.url.c_str());
         webkit_web_view_load_uri(view_.get(), request.url.c_str());
     });
 }
@@ -470,6 +477,9 @@ int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* d
         NavigationAction navigation;
         navigation.url =
             nonEmpty(webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)));
+        if (navigation.url) {
+            WebKitEngine::noteOrigin(navigation.url->c_str());
+        }
         // WebKitGTK does not say whether a link has a download attribute: when such a click
         // is allowed, WebKit downloads it by itself and the download arrives through the
         // network session's download-started.
@@ -567,6 +577,67 @@ void WebKitWebViewAdapter::onWebProcessTerminated(WebKitWebView*, int, WebKitWeb
     // loading has failed; the tab keeps its title and address and can reload.
     self->forgetTimedLoad();
     self->sequencer_.processTerminated();
+}
+
+// Notifications, full screen and printing
+
+int WebKitWebViewAdapter::onShowNotification(WebKitWebView*, WebKitNotification* notification,
+                                             WebKitWebViewAdapter* self) {
+    // WebKit only shows notifications of pages allowed to; they go to the desktop, not to
+    // WebKit's own fallback.
+    PageNotification shown{webkit_notification_get_id(notification),
+                           nonEmpty(webkit_notification_get_title(notification)).value_or(""),
+                           nonEmpty(webkit_notification_get_body(notification)).value_or("")};
+    if (!self->notificationHandlers_.contains(shown.id)) {
+        self->notificationHandlers_[shown.id] = self->notificationSignals_.connect(
+            notification, "closed", G_CALLBACK(&onNotificationClosed), self);
+    }
+    self->delegate_.pageDidShowNotification(shown);
+    return TRUE;
+}
+
+void WebKitWebViewAdapter::onNotificationClosed(WebKitNotification* notification,
+                                                WebKitWebViewAdapter* self) {
+    // Closed by the page (notification.close(), or its tag reused) or by WebKit as the page goes.
+    const std::uint64_t id = webkit_notification_get_id(notification);
+    if (auto handler = self->notificationHandlers_.extract(id)) {
+        self->notificationSignals_.disconnect(handler.mapped());
+    }
+    self->delegate_.pageDidCloseNotification(id);
+}
+
+// WebKit itself makes the window full screen and back; the browser only hides and restores
+// its chrome around the page.
+int WebKitWebViewAdapter::onEnterFullscreen(WebKitWebView*, WebKitWebViewAdapter* self) {
+    self->delegate_.pageDidChangeFullscreen(true);
+    return FALSE;
+}
+
+int WebKitWebViewAdapter::onLeaveFullscreen(WebKitWebView*, WebKitWebViewAdapter* self) {
+    self->delegate_.pageDidChangeFullscreen(false);
+    return FALSE;
+}
+
+namespace {
+
+void runPrintDialog(WebKitPrintOperation* operation, GtkWidget* view) {
+    GtkRoot* root = gtk_widget_get_root(view);
+    webkit_print_operation_run_dialog(operation, GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr);
+}
+
+} // namespace
+
+void WebKitWebViewAdapter::print() {
+    auto operation =
+        GObjectRef<WebKitPrintOperation>::adopt(webkit_print_operation_new(view_.get()));
+    runPrintDialog(operation.get(), widget());
+}
+
+int WebKitWebViewAdapter::onPrintRequested(WebKitWebView*, WebKitPrintOperation* operation,
+                                           WebKitWebViewAdapter* self) {
+    // window.print(): the same dialog as the browser's own Print, over the window of the page.
+    runPrintDialog(operation, self->widget());
+    return TRUE;
 }
 
 } // namespace ovel

@@ -8,7 +8,9 @@
 #include "web/webkit/PermissionPrompter.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,6 +22,8 @@ typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
 typedef struct _WebKitPermissionRequest WebKitPermissionRequest;
 typedef struct _WebKitWebResource WebKitWebResource;
 typedef struct _WebKitURIRequest WebKitURIRequest;
+typedef struct _WebKitNotification WebKitNotification;
+typedef struct _WebKitPrintOperation WebKitPrintOperation;
 typedef struct _GAsyncResult GAsyncResult;
 
 namespace ovel {
@@ -68,6 +72,7 @@ public:
     void addContentRuleList(const ContentRuleList& list) override;
     void removeAllUserScripts() override;
     void addUserScript(const UserScript& script) override;
+    void print() override;
 
 private:
     static void onLoadChanged(WebKitWebView* view, int event, WebKitWebViewAdapter* self);
@@ -87,6 +92,13 @@ private:
     static int onPermissionRequest(WebKitWebView* view, WebKitPermissionRequest* request,
                                    WebKitWebViewAdapter* self);
     static void onWebProcessTerminated(WebKitWebView* view, int reason, WebKitWebViewAdapter* self);
+    static int onShowNotification(WebKitWebView* view, WebKitNotification* notification,
+                                  WebKitWebViewAdapter* self);
+    static void onNotificationClosed(WebKitNotification* notification, WebKitWebViewAdapter* self);
+    static int onEnterFullscreen(WebKitWebView* view, WebKitWebViewAdapter* self);
+    static int onLeaveFullscreen(WebKitWebView* view, WebKitWebViewAdapter* self);
+    static int onPrintRequested(WebKitWebView* view, WebKitPrintOperation* operation,
+                                WebKitWebViewAdapter* self);
 
     // Hands a load to WebKit, or keeps it while the view's first load has not ended.
     void requestLoad(std::function<void()> issue);
@@ -132,6 +144,9 @@ private:
     // The latest load asked for while the first had not ended.
     std::function<void()> heldLoad_;
     GLibTimer heldLoadTimer_;
+    // The page's notifications on show, each heard until it closes.
+    GSignalConnections notificationSignals_;
+    std::map<std::uint64_t, unsigned long> notificationHandlers_;
 };
 
 } // namespace ovel
