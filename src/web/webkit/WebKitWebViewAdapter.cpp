@@ -91,6 +91,7 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     signals_.connect(view, "decide-policy", G_CALLBACK(&onDecidePolicy), this);
     signals_.connect(view, "permission-request", G_CALLBACK(&onPermissionRequest), this);
     signals_.connect(view, "web-process-terminated", G_CALLBACK(&onWebProcessTerminated), this);
+    signals_.connect(view, "query-permission-state", G_CALLBACK(&onQueryPermissionState), this);
     signals_.connect(view, "show-notification", G_CALLBACK(&onShowNotification), this);
     signals_.connect(view, "enter-fullscreen", G_CALLBACK(&onEnterFullscreen), this);
     signals_.connect(view, "leave-fullscreen", G_CALLBACK(&onLeaveFullscreen), this);
@@ -559,6 +560,37 @@ int WebKitWebViewAdapter::onPermissionRequest(WebKitWebView*, WebKitPermissionRe
         self->askUser(request, std::move(question));
         break;
     }
+    return TRUE;
+}
+
+int WebKitWebViewAdapter::onQueryPermissionState(WebKitWebView*, WebKitPermissionStateQuery* query,
+                                                 WebKitWebViewAdapter* self) {
+    // Notification.permission and navigator.permissions.query() read the site's rule without
+    // asking anyone; kinds the browser keeps no rule for are left to WebKit.
+    const std::string_view name = webkit_permission_state_query_get_name(query);
+    std::optional<SitePermissionKind> kind;
+    if (name == "notifications") {
+        kind = SitePermissionKind::Notifications;
+    } else if (name == "geolocation") {
+        kind = SitePermissionKind::Location;
+    }
+    const char* host =
+        webkit_security_origin_get_host(webkit_permission_state_query_get_security_origin(query));
+    if (!kind || host == nullptr) {
+        return FALSE;
+    }
+    WebKitPermissionState state = WEBKIT_PERMISSION_STATE_PROMPT;
+    switch (self->delegate_.decideSitePermission(toLowerAscii(host), *kind)) {
+    case PermissionDecision::Grant:
+        state = WEBKIT_PERMISSION_STATE_GRANTED;
+        break;
+    case PermissionDecision::Deny:
+        state = WEBKIT_PERMISSION_STATE_DENIED;
+        break;
+    case PermissionDecision::Prompt:
+        break;
+    }
+    webkit_permission_state_query_finish(query, state);
     return TRUE;
 }
 

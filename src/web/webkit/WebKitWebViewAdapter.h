@@ -23,6 +23,7 @@ typedef struct _WebKitPermissionRequest WebKitPermissionRequest;
 typedef struct _WebKitWebResource WebKitWebResource;
 typedef struct _WebKitURIRequest WebKitURIRequest;
 typedef struct _WebKitNotification WebKitNotification;
+typedef struct _WebKitPermissionStateQuery WebKitPermissionStateQuery;
 typedef struct _WebKitPrintOperation WebKitPrintOperation;
 typedef struct _GAsyncResult GAsyncResult;
 
@@ -92,6 +93,8 @@ private:
     static int onPermissionRequest(WebKitWebView* view, WebKitPermissionRequest* request,
                                    WebKitWebViewAdapter* self);
     static void onWebProcessTerminated(WebKitWebView* view, int reason, WebKitWebViewAdapter* self);
+    static int onQueryPermissionState(WebKitWebView* view, WebKitPermissionStateQuery* query,
+                                      WebKitWebViewAdapter* self);
     static int onShowNotification(WebKitWebView* view, WebKitNotification* notification,
                                   WebKitWebViewAdapter* self);
     static void onNotificationClosed(WebKitNotification* notification, WebKitWebViewAdapter* self);
