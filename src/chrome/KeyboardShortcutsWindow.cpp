@@ -56,7 +56,7 @@ std::string KeyboardShortcutsWindow::builderDefinition() {
                       "<property name=\"modal\">true</property>"
                       "<child><object class=\"GtkShortcutsSection\">"
                       "<property name=\"section-name\">browser</property>"
-                      "<property name=\"max-height\">11</property>";
+                      "<property name=\"max-height\">16</property>";
     for (const auto& [section, entries] : groups()) {
         xml += "<child><object class=\"GtkShortcutsGroup\"><property name=\"title\">" +
                escaped(section) + "</property>";
