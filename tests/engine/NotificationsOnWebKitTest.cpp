@@ -32,6 +32,11 @@ TEST_F(NotificationsOnWebKit, AnAllowedPageIsGrantedAndItsNotificationsReachTheD
     state->openURL(allowed);
     ASSERT_TRUE(waitUntilShowing(tab(), allowed));
     EXPECT_EQ(runScript(webKitView(tab()), "return Notification.permission;"), "granted");
+    // The Permissions API asks the site's rule.
+    EXPECT_EQ(runScript(webKitView(tab()),
+                        "return (await navigator.permissions.query({name: 'notifications'}))"
+                        ".state;"),
+              "granted");
 
     // The notification reaches the desktop as plain text, and leaves it when the page closes it.
     runScript(webKitView(tab()), "window.shown = new Notification('<b>Mail</b>', {body: '2 new'});"
