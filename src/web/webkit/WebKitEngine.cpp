@@ -61,9 +61,9 @@ void registerInternalSchemesOnce() {
 // An origin pages were loaded from: scheme, host and port (0 for the scheme's default).
 using Origin = std::tuple<std::string, std::string, unsigned>;
 
-// The origins of the pages loaded in this process. WebKit keys a notification permission by
-// origin, port included, while site rules name hosts: a rule covers the default ports of http
-// and https, and any other port its host was loaded from.
+// The origins on other than default ports of the pages loaded in this process. WebKit keys a
+// notification permission by origin, port included, while site rules name hosts: a rule covers the
+// default ports of http and https, and any other port its host was loaded from.
 std::set<Origin>& visitedOrigins() {
     static std::set<Origin> origins;
     return origins;
@@ -74,7 +74,7 @@ void appendOrigins(GList** list, const std::string& host) {
         *list = g_list_prepend(*list, webkit_security_origin_new(scheme, host.c_str(), 0));
     }
     for (const auto& [scheme, originHost, port] : visitedOrigins()) {
-        if (originHost == host && port != 0) {
+        if (originHost == host) {
             *list = g_list_prepend(
                 *list, webkit_security_origin_new(scheme.c_str(), originHost.c_str(), port));
         }
@@ -138,8 +138,10 @@ void WebKitEngine::noteOrigin(const char* uri) {
     WebKitSecurityOrigin* origin = webkit_security_origin_new_for_uri(uri);
     const char* scheme = webkit_security_origin_get_protocol(origin);
     const char* host = webkit_security_origin_get_host(origin);
-    if (scheme != nullptr && host != nullptr) {
-        visitedOrigins().emplace(scheme, host, webkit_security_origin_get_port(origin));
+    const unsigned port = webkit_security_origin_get_port(origin);
+    // Default ports are always covered; only the others need remembering.
+    if (scheme != nullptr && host != nullptr && port != 0) {
+        visitedOrigins().emplace(scheme, host, port);
     }
     webkit_security_origin_unref(origin);
 }
