@@ -112,4 +112,27 @@ void GioDesktop::revealFile(std::string_view path) {
     g_bus_get(G_BUS_TYPE_SESSION, nullptr, onSessionBus, request);
 }
 
+void GioDesktop::showNotification(const DesktopNotification& notification) {
+    GApplication* application = g_application_get_default();
+    if (application == nullptr) {
+        return;
+    }
+    // GNotification shows its texts as they are: a page's markup stays text.
+    GNotification* shown = g_notification_new(notification.title.c_str());
+    if (!notification.body.empty()) {
+        g_notification_set_body(shown, notification.body.c_str());
+    }
+    const std::string action = std::string("app.") + showNotificationTabAction;
+    g_notification_set_default_action_and_target(shown, action.c_str(), "s",
+                                                 notification.tabID.c_str());
+    g_application_send_notification(application, notification.id.c_str(), shown);
+    g_object_unref(shown);
+}
+
+void GioDesktop::withdrawNotification(std::string_view id) {
+    if (GApplication* application = g_application_get_default()) {
+        g_application_withdraw_notification(application, std::string(id).c_str());
+    }
+}
+
 } // namespace ovel

@@ -4,8 +4,8 @@
 
 namespace ovel {
 
-// The desktop's file services through GLib and GIO: the XDG Downloads folder, file tests, and
-// the file manager's D-Bus interface.
+// The desktop's services through GLib and GIO: the XDG Downloads folder, file tests, the file
+// manager's D-Bus interface and the application's notifications.
 class GioDesktop : public Desktop {
 public:
     std::optional<std::string> downloadsFolder() override;
@@ -13,6 +13,12 @@ public:
     bool fileExists(std::string_view path) const override;
     // Asks the file manager to show the file; without one, opens its folder.
     void revealFile(std::string_view path) override;
+    // Through the running application; activating one runs "app.show-notification-tab" with
+    // the tab's id.
+    void showNotification(const DesktopNotification& notification) override;
+    void withdrawNotification(std::string_view id) override;
+
+    static constexpr const char* showNotificationTabAction = "show-notification-tab";
 
     // The folder user-dirs names (null for none), else "Downloads" in the home folder, created
     // when missing; none when neither can be had.

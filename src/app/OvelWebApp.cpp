@@ -186,6 +186,19 @@ void OvelWebApp::startup() {
         BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue, parts_->clock,
                         parts_->uuids, parts_->favicons, parts_->desktop});
     parts_->commands = std::make_unique<BrowserCommands>(application_.get(), *parts_->state);
+
+    // A page's desktop notification, activated: its tab comes forward in the window.
+    auto showTab = GObjectRef<GSimpleAction>::adopt(
+        g_simple_action_new(GioDesktop::showNotificationTabAction, G_VARIANT_TYPE_STRING));
+    signals_.connect(showTab.get(), "activate", [this](GSimpleAction*, GVariant* tabID) {
+        BrowserState& state = *parts_->state;
+        const int index = state.indexOfTab(g_variant_get_string(tabID, nullptr));
+        if (index >= 0) {
+            state.selectTab(index);
+        }
+        activate();
+    });
+    g_action_map_add_action(G_ACTION_MAP(application), G_ACTION(showTab.get()));
 }
 
 void OvelWebApp::activate() {

@@ -54,9 +54,11 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     gtk_box_append(GTK_BOX(tabStripRow), gtk_window_controls_new(GTK_PACK_END));
     GtkWidget* dragHandle = gtk_window_handle_new();
     gtk_window_handle_set_child(GTK_WINDOW_HANDLE(dragHandle), tabStripRow);
+    dragHandle_ = dragHandle;
 
     // The toolbar row: the browser's buttons around the address field.
     GtkWidget* toolbarRow = box(GTK_ORIENTATION_HORIZONTAL, "toolbar-row");
+    toolbarRow_ = toolbarRow;
     gtk_widget_set_hexpand(toolbarSlot_, TRUE);
     gtk_widget_set_hexpand(toolbar_.widget(), TRUE);
     gtk_box_append(GTK_BOX(toolbarSlot_), toolbar_.widget());
@@ -102,6 +104,8 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     }));
     connections_.add(state_.downloads.changed().connect(
         [this](const auto& downloads) { downloadShelf_.reveal(!downloads.empty(), motion()); }));
+    connections_.add(state_.pageFullscreen.changed().connect(
+        [this](bool fullscreen) { showPageFullscreen(fullscreen); }));
     sidebar_.reveal(state_.showSidebar.get(), SlideRevealer::Motion::Instant);
     findBar_.reveal(state_.showFindBar.get(), SlideRevealer::Motion::Instant);
     downloadShelf_.reveal(!state_.downloads->empty(), SlideRevealer::Motion::Instant);
@@ -176,6 +180,33 @@ void BrowserRootView::applyTheme() {
     adw_animation_reset(themeSpring_.get());
     adw_animation_reset(themeInstant_.get());
     adw_animation_play(state_.smoothAnimations.get() ? themeSpring_.get() : themeInstant_.get());
+}
+
+void BrowserRootView::showPageFullscreen(bool fullscreen) {
+    for (GtkWidget* chrome : {dragHandle_, toolbarRow_, sidebar_.widget(), findBar_.widget(),
+                              downloadShelf_.widget()}) {
+        gtk_widget_set_visible(chrome, !fullscreen);
+    }
+    if (fullscreen) {
+        gtk_widget_add_css_class(widget(), "page-fullscreen");
+    } else {
+        gtk_widget_remove_css_class(widget(), "page-fullscreen");
+    }
+    // The engine puts the window in full screen for the page and takes it out after; a window
+    // that was in full screen of its own before goes back to it, once the engine is done.
+    GtkRoot* root = gtk_widget_get_root(widget());
+    if (!GTK_IS_WINDOW(root)) {
+        return;
+    }
+    GtkWindow* window = GTK_WINDOW(root);
+    if (fullscreen) {
+        refullscreen_.cancel();
+        windowWasFullscreen_ = gtk_window_is_fullscreen(window);
+    } else if (windowWasFullscreen_) {
+        windowWasFullscreen_ = false;
+        refullscreen_.start(std::chrono::milliseconds(0),
+                            [window] { gtk_window_fullscreen(window); });
+    }
 }
 
 } // namespace ovel

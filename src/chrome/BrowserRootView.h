@@ -9,6 +9,7 @@
 #include "chrome/TabBar.h"
 #include "chrome/ToolbarView.h"
 #include "chrome/WebContainer.h"
+#include "gutil/GLibTimer.h"
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
 #include "web/Connections.h"
@@ -58,6 +59,10 @@ public:
     GtkWidget* tabStripSlot() const { return tabStripSlot_; }
     GtkWidget* toolbarSlot() const { return toolbarSlot_; }
 
+    // While a page is in full screen, the page is all there is: every row and panel of the
+    // chrome is hidden and the card loses its inset and rounding.
+    void showPageFullscreen(bool fullscreen);
+
 private:
     void applyTheme();
     SlideRevealer::Motion motion() const;
@@ -78,6 +83,11 @@ private:
     GtkWidget* tabStripSlot_;
     GtkWidget* toolbarSlot_;
     GtkWidget* card_ = nullptr;
+    GtkWidget* dragHandle_ = nullptr;
+    GtkWidget* toolbarRow_ = nullptr;
+    // The window was in full screen of its own (F11) when the page took it.
+    bool windowWasFullscreen_ = false;
+    GLibTimer refullscreen_;
     GtkMenuButton* primaryMenuButton_;
     Connections connections_;
     GSignalConnections signals_;

@@ -93,6 +93,8 @@ void BrowserState::followSelection() {
     }
     if (selectedIndex.get() != announcedIndex_ || tab->id() != announcedTab_) {
         addressText.set(addressTextFor(*tab));
+        // Full screen belongs to the page that asked for it, which is no longer shown.
+        pageFullscreen.set(false);
     }
 }
 
@@ -132,6 +134,9 @@ void BrowserState::connectReactions() {
         }
     });
     sitePermissionRules.assigned().connect([this, savesCollections] {
+        // Pages read their notification permission from the engine, whichever profile set it.
+        services_.engine.setNotificationPermissions(
+            notificationPermissions(sitePermissionRules.get()));
         if (savesCollections()) {
             saveSitePermissions(activeProfileID.get(), sitePermissionRules.get());
         }
@@ -365,6 +370,17 @@ void BrowserState::bind(BrowserTab& tab) {
         auto group = state->operation();
         state->addTabFromOpener(*opener, state->makeTab(TabStore{url.absoluteString(), false}),
                                 false);
+    };
+    // Only the page on show may take the window; any page leaving full screen gives it back.
+    tab.onFullscreenChange = [weakState, weakTab](bool fullscreen) {
+        auto state = weakState.lock();
+        auto page = weakTab.lock();
+        if (!state || !page) {
+            return;
+        }
+        auto group = state->operation();
+        const auto selected = state->selectedTab();
+        state->pageFullscreen.set(fullscreen && selected && selected->id() == page->id());
     };
 
     // A tab that has left the strip (closed, or held by someone after a restore) says nothing

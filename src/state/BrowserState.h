@@ -89,6 +89,9 @@ public:
     Field<std::vector<WorkspaceSnapshot>> workspaceSnapshots{*notices_};
     Field<std::optional<Uuid>> dropTargetTabID{*notices_};
     Field<bool> dropInsertAfter{*notices_, false};
+    // The selected tab's page shows one of its elements in full screen: the window gives the
+    // page all of itself.
+    Field<bool> pageFullscreen{*notices_, false};
 
     // The selected tab, or the tab (and the index) before it: once per operation.
     sigc::signal<void(const SelectionChange&)> selectionChanged;
@@ -220,6 +223,10 @@ public:
     void resumeDownload(const DownloadRecord& record);
     void cancelDownload(const DownloadRecord& record);
     void clearDownloads();
+
+    // Prints the selected tab's page; an internal page has nothing to print.
+    void printPage();
+    bool canPrintPage() const;
 
     // Zoom and find.
     void adjustZoom(double change);

@@ -184,3 +184,20 @@ void BrowserState::runFind() {
 }
 
 } // namespace ovel
+
+namespace ovel {
+
+bool BrowserState::canPrintPage() const {
+    // An internal page is drawn by the browser in place of the web view, which holds nothing
+    // the user sees.
+    const auto tab = selectedTab();
+    return tab && !tab->displayAddress.get();
+}
+
+void BrowserState::printPage() {
+    if (canPrintPage()) {
+        selectedTab()->mutableWebView().print();
+    }
+}
+
+} // namespace ovel

@@ -182,6 +182,27 @@ void BrowserTab::webProcessResponsivenessDidChange(bool responsive) {
     isUnresponsive.set(!responsive && !hasCrashed.get());
 }
 
+std::string BrowserTab::desktopNotificationID(std::uint64_t id) const {
+    return "page-" + id_ + "-" + std::to_string(id);
+}
+
+// A page's notifications go straight to the desktop, labelled with this tab so that activating
+// one brings the tab forward.
+void BrowserTab::pageDidShowNotification(const PageNotification& notification) {
+    services_.desktop.showNotification(DesktopNotification{
+        desktopNotificationID(notification.id), notification.title, notification.body, id_});
+}
+
+void BrowserTab::pageDidCloseNotification(std::uint64_t id) {
+    services_.desktop.withdrawNotification(desktopNotificationID(id));
+}
+
+void BrowserTab::pageDidChangeFullscreen(bool fullscreen) {
+    if (onFullscreenChange) {
+        onFullscreenChange(fullscreen);
+    }
+}
+
 std::optional<std::string> BrowserTab::decideDestination(Download& download,
                                                          std::string_view suggestedFilename) {
     const std::optional<std::string> folder = services_.desktop.downloadsFolder();

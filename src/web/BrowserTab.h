@@ -120,6 +120,11 @@ public:
     std::function<bool(NewWebViewRequest&)> onNewWebViewRequest;
     // The user asked for a link in a tab of its own, behind this one.
     std::function<void(const Url&)> onBackgroundTabRequest;
+    // The page entered or left full screen.
+    std::function<void(bool fullscreen)> onFullscreenChange;
+
+    // The id under which the desktop shows the page's notification `id` of this tab.
+    std::string desktopNotificationID(std::uint64_t id) const;
 
 private:
     friend class BrowserState;
@@ -160,6 +165,9 @@ private:
     void webProcessResponsivenessDidChange(bool responsive) override;
     // The page is back, or on its way back: a crash or a hang no longer stands.
     void clearPageTrouble();
+    void pageDidShowNotification(const PageNotification& notification) override;
+    void pageDidCloseNotification(std::uint64_t id) override;
+    void pageDidChangeFullscreen(bool fullscreen) override;
 
     // DownloadDelegate
     std::optional<std::string> decideDestination(Download& download,

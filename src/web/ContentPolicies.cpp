@@ -101,4 +101,16 @@ PermissionDecision sitePermissionDecision(const SitePermissionRules& rules, std:
     return PermissionDecision::Prompt;
 }
 
+NotificationPermissions notificationPermissions(const SitePermissionRules& rules) {
+    NotificationPermissions permissions;
+    for (const auto& [host, rule] : rules) {
+        if (rule.notifications == PermissionSetting::Allow) {
+            permissions.allowedHosts.push_back(host);
+        } else if (rule.notifications == PermissionSetting::Block) {
+            permissions.deniedHosts.push_back(host);
+        }
+    }
+    return permissions;
+}
+
 } // namespace ovel

@@ -2,6 +2,7 @@
 
 #include "records/Records.h"
 #include "web/Url.h"
+#include "web/WebEngine.h"
 #include "web/WebView.h"
 
 #include <optional>
@@ -31,6 +32,10 @@ std::optional<std::string> userScriptSource(const SitePermissionRule& rule);
 // The answer to a camera or microphone request of `host` (lower-cased).
 PermissionDecision mediaCaptureDecision(const SitePermissionRules& rules, std::string_view host,
                                         MediaCaptureType type);
+
+// What pages read as their notification permission: hosts whose rule allows notifications and
+// hosts whose rule blocks them, each in key order.
+NotificationPermissions notificationPermissions(const SitePermissionRules& rules);
 
 // The answer to a location or notification request of `host` (lower-cased).
 PermissionDecision sitePermissionDecision(const SitePermissionRules& rules, std::string_view host,

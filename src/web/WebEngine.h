@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ovel {
 
@@ -15,6 +16,14 @@ class ContentRuleList {
 public:
     virtual ~ContentRuleList() = default;
     virtual const std::string& identifier() const = 0;
+};
+
+// The hosts whose pages may show notifications, and those that may not; pages of any other
+// host have not been answered yet.
+struct NotificationPermissions {
+    std::vector<std::string> allowedHosts;
+    std::vector<std::string> deniedHosts;
+    bool operator==(const NotificationPermissions&) const = default;
 };
 
 class WebEngine {
@@ -31,6 +40,9 @@ public:
     // has no rule-list store.
     virtual bool compileContentRuleList(std::string_view identifier, std::string_view json,
                                         CompletionHandler completion) = 0;
+
+    // What pages read as their notification permission, replacing what was set before.
+    virtual void setNotificationPermissions(const NotificationPermissions& permissions) = 0;
 };
 
 } // namespace ovel

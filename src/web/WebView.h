@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +45,14 @@ enum class PermissionDecision { Prompt, Grant, Deny };
 struct UserScript {
     std::string source;
     // Injected at document start into the main frame only.
+};
+
+// A notification a page shows (the Notifications API). Title and body are plain text.
+struct PageNotification {
+    // Unique among the notifications of the running browser.
+    std::uint64_t id = 0;
+    std::string title;
+    std::string body;
 };
 
 // What a web view tells its owner. Every call arrives on the UI thread, in the order the
@@ -95,6 +104,11 @@ public:
     virtual void webProcessDidTerminate() = 0;
     // The page's process stopped answering, or answers again.
     virtual void webProcessResponsivenessDidChange(bool responsive) = 0;
+    // A page allowed to show notifications showed one, or closed one it showed.
+    virtual void pageDidShowNotification(const PageNotification& notification) = 0;
+    virtual void pageDidCloseNotification(std::uint64_t id) = 0;
+    // The page put one of its elements in full screen (a video, requestFullscreen), or left it.
+    virtual void pageDidChangeFullscreen(bool fullscreen) = 0;
 };
 
 // One page of the web engine, owned by one tab.
@@ -126,6 +140,9 @@ public:
     virtual void addContentRuleList(const ContentRuleList& list) = 0;
     virtual void removeAllUserScripts() = 0;
     virtual void addUserScript(const UserScript& script) = 0;
+
+    // Asks the user how to print the page, in the print dialog of the window showing it.
+    virtual void print() = 0;
 };
 
 } // namespace ovel

@@ -25,6 +25,9 @@ public:
     std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) override;
     bool compileContentRuleList(std::string_view identifier, std::string_view json,
                                 CompletionHandler completion) override;
+    void setNotificationPermissions(const NotificationPermissions& permissions) override {
+        notificationPermissions = permissions;
+    }
 
     // Answers the pending compilation, with a list or (failed) with none.
     void finishCompilation(bool succeeded);
@@ -38,6 +41,7 @@ public:
     std::string compiledIdentifier;
     std::string compiledJson;
     CompletionHandler pendingCompletion;
+    NotificationPermissions notificationPermissions;
 };
 
 } // namespace ovel::test

@@ -37,6 +37,7 @@ public:
     }
     void removeAllUserScripts() override { userScripts.clear(); }
     void addUserScript(const UserScript& script) override { userScripts.push_back(script.source); }
+    void print() override { ++printCount; }
 
     // A whole successful navigation to `url`: policy, provisional start, commit, finish.
     void simulateNavigation(const std::string& url, std::optional<std::string> pageTitle);
@@ -54,6 +55,7 @@ public:
     int goForwardCount = 0;
     int reloadCount = 0;
     int stopCount = 0;
+    int printCount = 0;
 
     std::optional<std::string> currentUrl;
     bool committed = false;

@@ -70,6 +70,9 @@ public:
     void webProcessResponsivenessDidChange(bool responsive) override {
         events.push_back(responsive ? "responsive" : "unresponsive");
     }
+    void pageDidShowNotification(const PageNotification&) override {}
+    void pageDidCloseNotification(std::uint64_t) override {}
+    void pageDidChangeFullscreen(bool) override {}
 };
 
 } // namespace ovel::test

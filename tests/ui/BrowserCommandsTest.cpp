@@ -1,9 +1,13 @@
 #include "chrome/BrowserCommands.h"
+#include "chrome/KeyboardShortcutsWindow.h"
 #include "support/BrowserFixture.h"
+#include "support/GtkWait.h"
+#include "support/ViewFixture.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -52,6 +56,7 @@ TEST_F(BrowserCommandsTest, EveryCommandHasItsShortcutAndItsPlaceInTheMenu) {
     const Case cases[] = {
         {"New Tab", "", "<Control>t"},
         {"Reopen Last Closed Tab", "", "<Shift><Control>t"},
+        {"Print…", "", "<Control>p"},
         {"Back", "Navigation", "<Control>bracketleft"},
         {"Forward", "Navigation", "<Control>bracketright"},
         {"Reload", "Navigation", "<Control>r"},
@@ -63,9 +68,11 @@ TEST_F(BrowserCommandsTest, EveryCommandHasItsShortcutAndItsPlaceInTheMenu) {
         {"Zoom In", "View", "<Control>equal"},
         {"Zoom Out", "View", "<Control>minus"},
         {"Actual Size", "View", "<Control>0"},
+        {"Full Screen", "View", "F11"},
         {"Command Palette", "Tools", "<Shift><Control>k"},
         {"Close Other Tabs", "Tools", nullptr},
         {"Close Duplicate Tabs", "Tools", nullptr},
+        {"Keyboard Shortcuts", "", "<Control>question"},
     };
 
     // The menu as shown: every item in order with its section's label and its action.
@@ -106,7 +113,7 @@ TEST_F(BrowserCommandsTest, EveryCommandHasItsShortcutAndItsPlaceInTheMenu) {
             << c.title;
         const std::string name = items[i].action.substr(std::string("app.").size());
         EXPECT_TRUE(g_action_group_get_action_enabled(G_ACTION_GROUP(application_), name.c_str()))
-            << c.title << " is always enabled";
+            << c.title << " is enabled on a web page";
     }
 }
 
@@ -140,6 +147,81 @@ TEST_F(BrowserCommandsTest, CommandsActOnTheStateAndTheSelectedTab) {
     EXPECT_EQ(viewAt(0).goBackCount, 1);
     EXPECT_EQ(viewAt(0).goForwardCount, 2);
     EXPECT_EQ(viewAt(0).reloadCount, 1);
+
+    activate("print");
+    EXPECT_EQ(viewAt(0).printCount, 1);
+    state->openURL("ovel://settings");
+    EXPECT_FALSE(g_action_group_get_action_enabled(G_ACTION_GROUP(application_), "print"))
+        << "an internal page has nothing to print";
+    state->openHome();
+    EXPECT_TRUE(g_action_group_get_action_enabled(G_ACTION_GROUP(application_), "print"));
+}
+
+// Every shortcut the window's section lists, as "title: accelerators" (the window's search
+// page holds copies of them, left out).
+void collectShortcuts(GtkWidget* widget, std::vector<std::string>& found, bool inSection = false) {
+    inSection = inSection || GTK_IS_SHORTCUTS_SECTION(widget);
+    if (inSection && GTK_IS_SHORTCUTS_SHORTCUT(widget)) {
+        char* title = nullptr;
+        char* accelerator = nullptr;
+        g_object_get(widget, "title", &title, "accelerator", &accelerator, nullptr);
+        found.push_back(std::string(title) + ": " + (accelerator ? accelerator : ""));
+        g_free(title);
+        g_free(accelerator);
+    }
+    for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
+         child = gtk_widget_get_next_sibling(child)) {
+        collectShortcuts(child, found, inSection);
+    }
+}
+
+class ShortcutsWindowTest : public test::ViewFixture {
+protected:
+    void SetUp() override {
+        test::ViewFixture::SetUp();
+        application_ = application();
+        commands_ = std::make_unique<BrowserCommands>(application_, *state);
+    }
+    void TearDown() override {
+        commands_.reset();
+        test::ViewFixture::TearDown();
+    }
+
+    GtkApplication* application_ = nullptr;
+    std::unique_ptr<BrowserCommands> commands_;
+};
+
+TEST_F(ShortcutsWindowTest, ListsEveryAcceleratorThatWorks) {
+    GtkWindow* window = KeyboardShortcutsWindow::create();
+    std::vector<std::string> listed;
+    collectShortcuts(GTK_WIDGET(window), listed);
+
+    // Every menu command with a shortcut, by the accelerators installed for it, and the keys
+    // outside the menu.
+    std::vector<std::string> expected;
+    for (const BrowserCommand& command : browserCommands) {
+        const std::string action = "app." + std::string(command.action);
+        char** accelerators = gtk_application_get_accels_for_action(application_, action.c_str());
+        if (accelerators[0] != nullptr) {
+            expected.push_back(std::string(command.title) + ": " + accelerators[0]);
+        }
+        g_strfreev(accelerators);
+    }
+    for (const KeyShortcut& shortcut : keyOnlyShortcuts) {
+        expected.push_back(std::string(shortcut.title) + ": " + std::string(shortcut.accelerators));
+    }
+    std::sort(listed.begin(), listed.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(listed, expected);
+    EXPECT_EQ(std::count(listed.begin(), listed.end(), "Next Tab: <Control>Tab <Control>Page_Down"),
+              1);
+
+    gtk_window_set_default_size(window, 1100, 700);
+    gtk_window_present(window);
+    ASSERT_TRUE(test::waitUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(window)); }));
+    test::runMainLoopFor(std::chrono::milliseconds(500));
+    EXPECT_FALSE(saveScreenshot(GTK_WIDGET(window), "keyboard-shortcuts").empty());
+    gtk_window_destroy(window);
 }
 
 } // namespace

@@ -234,6 +234,36 @@ TEST_F(BrowserRootViewTest, AnotherTabsPageFadesInAndTheLastIsTakenOutAtOnce) {
     EXPECT_EQ(container.shownPage(), first) << "the same widget comes back, not a new one";
 }
 
+TEST_F(BrowserRootViewTest, APageInFullScreenIsAllThereIsUntilItLeaves) {
+    for (BrowserTheme theme : {BrowserTheme::Midnight, BrowserTheme::Sunrise}) {
+        close();
+        open(theme);
+        state->setShowSidebar(true);
+        auto chromeShown = [&] {
+            return std::vector<bool>{gtk_widget_is_visible(view_->tabStripSlot()) != 0,
+                                     gtk_widget_is_visible(view_->toolbarSlot()) != 0,
+                                     gtk_widget_is_visible(view_->sidebar().widget()) != 0};
+        };
+        GtkWidget* page = view_->webContainer().shownPage();
+        ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(page); }, 5s));
+        WebViewDelegate& engineSide = FakeServices::viewOf(*state->selectedTab()).delegate();
+        const std::string name = "page-full-screen-" + std::string(rawValue(theme));
+
+        engineSide.pageDidChangeFullscreen(true);
+        EXPECT_EQ(chromeShown(), (std::vector<bool>{false, false, false}));
+        EXPECT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) == 1200; }, 5s))
+            << "the page fills the window: " << gtk_widget_get_width(page);
+        saveScreenshot(GTK_WIDGET(window_), name);
+
+        engineSide.pageDidChangeFullscreen(false);
+        EXPECT_EQ(chromeShown(), (std::vector<bool>{true, true, true}));
+        EXPECT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) < 1000; }, 5s))
+            << "the page is framed beside the sidebar again: " << gtk_widget_get_width(page);
+        runMainLoopFor(600ms);
+        saveScreenshot(GTK_WIDGET(window_), name + "-left");
+    }
+}
+
 TEST_F(BrowserRootViewTest, OpenPanelsShareTheCardWithThePage) {
     for (BrowserTheme theme : {BrowserTheme::Ocean, BrowserTheme::Sunrise}) {
         close();

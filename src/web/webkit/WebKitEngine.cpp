@@ -6,6 +6,9 @@
 
 #include <webkit/webkit.h>
 
+#include <set>
+#include <tuple>
+
 namespace ovel {
 
 namespace {
@@ -55,6 +58,33 @@ void registerInternalSchemesOnce() {
     static_cast<void>(registered);
 }
 
+// An origin pages were loaded from: scheme, host and port (0 for the scheme's default).
+using Origin = std::tuple<std::string, std::string, unsigned>;
+
+// The origins on other than default ports of the pages loaded in this process. WebKit keys a
+// notification permission by origin, port included, while site rules name hosts: a rule covers the
+// default ports of http and https, and any other port its host was loaded from.
+std::set<Origin>& visitedOrigins() {
+    static std::set<Origin> origins;
+    return origins;
+}
+
+void appendOrigins(GList** list, const std::string& host) {
+    for (const char* scheme : {"http", "https"}) {
+        *list = g_list_prepend(*list, webkit_security_origin_new(scheme, host.c_str(), 0));
+    }
+    for (const auto& [scheme, originHost, port] : visitedOrigins()) {
+        if (originHost == host) {
+            *list = g_list_prepend(
+                *list, webkit_security_origin_new(scheme.c_str(), originHost.c_str(), port));
+        }
+    }
+}
+
+void freeOrigins(GList* list) {
+    g_list_free_full(list, reinterpret_cast<GDestroyNotify>(&webkit_security_origin_unref));
+}
+
 } // namespace
 
 WebKitEngine::WebKitEngine(const Folders& folders)
@@ -68,6 +98,11 @@ WebKitEngine::WebKitEngine(const Folders& folders)
     }
     signals_.connect(session_.get(), "download-started", G_CALLBACK(&onDownloadStarted), this);
     registerInternalSchemesOnce();
+    // Each new web process asks for the permissions already decided; without an answer its
+    // pages read "default" for every site.
+    signals_.connect(
+        webkit_web_context_get_default(), "initialize-notification-permissions",
+        [this](WebKitWebContext* context) { initializeNotificationPermissions(context); });
 }
 
 WebKitEngine::~WebKitEngine() = default;
@@ -91,6 +126,41 @@ bool WebKitEngine::compileContentRuleList(std::string_view identifier, std::stri
                                           nullptr, &compilationDone, pending);
     g_bytes_unref(bytes);
     return true;
+}
+
+void WebKitEngine::setNotificationPermissions(const NotificationPermissions& permissions) {
+    // WebKit takes permissions only when a web process starts: pages already open keep what
+    // they read, until a reload or a visit to another site starts a new process.
+    notificationPermissions_ = permissions;
+}
+
+void WebKitEngine::noteOrigin(const char* uri) {
+    if (uri == nullptr) {
+        return;
+    }
+    WebKitSecurityOrigin* origin = webkit_security_origin_new_for_uri(uri);
+    const char* scheme = webkit_security_origin_get_protocol(origin);
+    const char* host = webkit_security_origin_get_host(origin);
+    const unsigned port = webkit_security_origin_get_port(origin);
+    // Default ports are always covered; only the others need remembering.
+    if (scheme != nullptr && host != nullptr && port != 0) {
+        visitedOrigins().emplace(scheme, host, port);
+    }
+    webkit_security_origin_unref(origin);
+}
+
+void WebKitEngine::initializeNotificationPermissions(WebKitWebContext* context) {
+    GList* allowed = nullptr;
+    GList* denied = nullptr;
+    for (const std::string& host : notificationPermissions_.allowedHosts) {
+        appendOrigins(&allowed, host);
+    }
+    for (const std::string& host : notificationPermissions_.deniedHosts) {
+        appendOrigins(&denied, host);
+    }
+    webkit_web_context_initialize_notification_permissions(context, allowed, denied);
+    freeOrigins(allowed);
+    freeOrigins(denied);
 }
 
 void WebKitEngine::setPermissionPrompter(PermissionPrompter prompter) {

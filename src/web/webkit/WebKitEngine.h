@@ -12,6 +12,7 @@
 typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitUserContentFilterStore WebKitUserContentFilterStore;
 typedef struct _WebKitDownload WebKitDownload;
+typedef struct _WebKitWebContext WebKitWebContext;
 
 namespace ovel {
 
@@ -35,6 +36,11 @@ public:
     std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) override;
     bool compileContentRuleList(std::string_view identifier, std::string_view json,
                                 CompletionHandler completion) override;
+    void setNotificationPermissions(const NotificationPermissions& permissions) override;
+
+    // An address a page is about to load from: its origin's notification permission is handed to
+    // web processes started from now on.
+    static void noteOrigin(const char* uri);
 
     // Asks the user about the permission requests that site rules leave open. Until one is set,
     // such requests are denied.
@@ -48,11 +54,13 @@ public:
 private:
     static void onDownloadStarted(WebKitNetworkSession* session, WebKitDownload* download,
                                   WebKitEngine* self);
+    void initializeNotificationPermissions(WebKitWebContext* context);
 
     GObjectRef<WebKitNetworkSession> session_;
     GObjectRef<WebKitUserContentFilterStore> filterStore_;
     std::shared_ptr<PermissionPrompter> prompter_;
     std::shared_ptr<AuthenticationPrompter> authenticationPrompter_;
+    NotificationPermissions notificationPermissions_;
     GSignalConnections signals_;
 };
 

@@ -6,6 +6,7 @@
 
 #include "web/webkit/WebKitContentRuleList.h"
 #include "web/webkit/WebKitDownloadAdapter.h"
+#include "web/webkit/WebKitEngine.h"
 #include "web/webkit/WebKitPermissionReply.h"
 
 #include <libsoup/soup.h>
@@ -190,11 +191,17 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     openLinkAction_ = GObjectRef<GSimpleAction>::adopt(
         g_simple_action_new("open-link-in-new-tab", G_VARIANT_TYPE_STRING));
     signals_.connect(openLinkAction_.get(), "activate", G_CALLBACK(&onOpenLinkInNewTab), this);
+    signals_.connect(view, "query-permission-state", G_CALLBACK(&onQueryPermissionState), this);
+    signals_.connect(view, "show-notification", G_CALLBACK(&onShowNotification), this);
+    signals_.connect(view, "enter-fullscreen", G_CALLBACK(&onEnterFullscreen), this);
+    signals_.connect(view, "leave-fullscreen", G_CALLBACK(&onLeaveFullscreen), this);
+    signals_.connect(view, "print", G_CALLBACK(&onPrintRequested), this);
 }
 
 WebKitWebViewAdapter::~WebKitWebViewAdapter() {
     // The widget may outlive the adapter in its container: it must not call back.
     signals_.disconnectAll();
+    notificationSignals_.disconnectAll();
     titleTimer_.cancel();
     loadTimer_.cancel();
     heldLoadTimer_.cancel();
@@ -235,6 +242,7 @@ void WebKitWebViewAdapter::load(const LoadRequest& request) {
         loadTimer_.start(idleTimeout_, [this] { timedLoadExpired(); });
         timedLoadPending_ = true;
         timedLoadRunning_ = false;
+        WebKitEngine::noteOrigin(request.url.c_str());
         webkit_web_view_load_uri(view_.get(), request.url.c_str());
     });
 }
@@ -298,7 +306,7 @@ void WebKitWebViewAdapter::reload() {
     // A load WebKit has not started yet (its web process may still be launching) fetches the
     // page afresh anyway, under the rules and scripts the view has now: reloading would only
     // throw it away and start over, which at launch costs the restored page its head start.
-    if (timedLoadPending_) {
+    if (timedLoadPending_ && webkit_web_view_get_is_web_process_responsive(view_.get())) {
         return;
     }
     forgetTimedLoad();
@@ -584,6 +592,9 @@ int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* d
         NavigationAction navigation;
         navigation.url =
             nonEmpty(webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)));
+        if (navigation.url) {
+            WebKitEngine::noteOrigin(navigation.url->c_str());
+        }
         navigation.isLinkClick = webkit_navigation_action_get_navigation_type(action) ==
                                  WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
         navigation.mouseButton = webkit_navigation_action_get_mouse_button(action);
@@ -675,6 +686,37 @@ int WebKitWebViewAdapter::onPermissionRequest(WebKitWebView*, WebKitPermissionRe
         self->askUser(request, std::move(question));
         break;
     }
+    return TRUE;
+}
+
+int WebKitWebViewAdapter::onQueryPermissionState(WebKitWebView*, WebKitPermissionStateQuery* query,
+                                                 WebKitWebViewAdapter* self) {
+    // Notification.permission and navigator.permissions.query() read the site's rule without
+    // asking anyone; kinds the browser keeps no rule for are left to WebKit.
+    const std::string_view name = webkit_permission_state_query_get_name(query);
+    std::optional<SitePermissionKind> kind;
+    if (name == "notifications") {
+        kind = SitePermissionKind::Notifications;
+    } else if (name == "geolocation") {
+        kind = SitePermissionKind::Location;
+    }
+    const char* host =
+        webkit_security_origin_get_host(webkit_permission_state_query_get_security_origin(query));
+    if (!kind || host == nullptr) {
+        return FALSE;
+    }
+    WebKitPermissionState state = WEBKIT_PERMISSION_STATE_PROMPT;
+    switch (self->delegate_.decideSitePermission(toLowerAscii(host), *kind)) {
+    case PermissionDecision::Grant:
+        state = WEBKIT_PERMISSION_STATE_GRANTED;
+        break;
+    case PermissionDecision::Deny:
+        state = WEBKIT_PERMISSION_STATE_DENIED;
+        break;
+    case PermissionDecision::Prompt:
+        break;
+    }
+    webkit_permission_state_query_finish(query, state);
     return TRUE;
 }
 
@@ -788,6 +830,67 @@ int WebKitWebViewAdapter::onAuthenticate(WebKitWebView*, WebKitAuthenticationReq
     // The answer holds the request, not this adapter, so it may come after the tab is gone.
     (*prompter)(question,
                 [reply](std::optional<Credentials> credentials) { reply->answer(credentials); });
+    return TRUE;
+}
+
+// Notifications, full screen and printing
+
+int WebKitWebViewAdapter::onShowNotification(WebKitWebView*, WebKitNotification* notification,
+                                             WebKitWebViewAdapter* self) {
+    // WebKit only shows notifications of pages allowed to; they go to the desktop, not to
+    // WebKit's own fallback.
+    PageNotification shown{webkit_notification_get_id(notification),
+                           nonEmpty(webkit_notification_get_title(notification)).value_or(""),
+                           nonEmpty(webkit_notification_get_body(notification)).value_or("")};
+    if (!self->notificationHandlers_.contains(shown.id)) {
+        self->notificationHandlers_[shown.id] = self->notificationSignals_.connect(
+            notification, "closed", G_CALLBACK(&onNotificationClosed), self);
+    }
+    self->delegate_.pageDidShowNotification(shown);
+    return TRUE;
+}
+
+void WebKitWebViewAdapter::onNotificationClosed(WebKitNotification* notification,
+                                                WebKitWebViewAdapter* self) {
+    // Closed by the page (notification.close(), or its tag reused) or by WebKit as the page goes.
+    const std::uint64_t id = webkit_notification_get_id(notification);
+    if (auto handler = self->notificationHandlers_.extract(id)) {
+        self->notificationSignals_.disconnect(handler.mapped());
+    }
+    self->delegate_.pageDidCloseNotification(id);
+}
+
+// WebKit itself makes the window full screen and back; the browser only hides and restores
+// its chrome around the page.
+int WebKitWebViewAdapter::onEnterFullscreen(WebKitWebView*, WebKitWebViewAdapter* self) {
+    self->delegate_.pageDidChangeFullscreen(true);
+    return FALSE;
+}
+
+int WebKitWebViewAdapter::onLeaveFullscreen(WebKitWebView*, WebKitWebViewAdapter* self) {
+    self->delegate_.pageDidChangeFullscreen(false);
+    return FALSE;
+}
+
+namespace {
+
+void runPrintDialog(WebKitPrintOperation* operation, GtkWidget* view) {
+    GtkRoot* root = gtk_widget_get_root(view);
+    webkit_print_operation_run_dialog(operation, GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr);
+}
+
+} // namespace
+
+void WebKitWebViewAdapter::print() {
+    auto operation =
+        GObjectRef<WebKitPrintOperation>::adopt(webkit_print_operation_new(view_.get()));
+    runPrintDialog(operation.get(), widget());
+}
+
+int WebKitWebViewAdapter::onPrintRequested(WebKitWebView*, WebKitPrintOperation* operation,
+                                           WebKitWebViewAdapter* self) {
+    // window.print(): the same dialog as the browser's own Print, over the window of the page.
+    runPrintDialog(operation, self->widget());
     return TRUE;
 }
 

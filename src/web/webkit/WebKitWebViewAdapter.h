@@ -9,7 +9,9 @@
 #include "web/webkit/PermissionPrompter.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,6 +23,9 @@ typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
 typedef struct _WebKitPermissionRequest WebKitPermissionRequest;
 typedef struct _WebKitWebResource WebKitWebResource;
 typedef struct _WebKitURIRequest WebKitURIRequest;
+typedef struct _WebKitNotification WebKitNotification;
+typedef struct _WebKitPermissionStateQuery WebKitPermissionStateQuery;
+typedef struct _WebKitPrintOperation WebKitPrintOperation;
 typedef struct _GAsyncResult GAsyncResult;
 typedef struct _GTlsCertificate GTlsCertificate;
 typedef struct _GVariant GVariant;
@@ -84,6 +89,7 @@ public:
     void addContentRuleList(const ContentRuleList& list) override;
     void removeAllUserScripts() override;
     void addUserScript(const UserScript& script) override;
+    void print() override;
 
 private:
     static void onLoadChanged(WebKitWebView* view, int event, WebKitWebViewAdapter* self);
@@ -117,6 +123,15 @@ private:
                               WebKitWebViewAdapter* self);
 
     friend class WebKitNewWebViewRequest;
+    static int onQueryPermissionState(WebKitWebView* view, WebKitPermissionStateQuery* query,
+                                      WebKitWebViewAdapter* self);
+    static int onShowNotification(WebKitWebView* view, WebKitNotification* notification,
+                                  WebKitWebViewAdapter* self);
+    static void onNotificationClosed(WebKitNotification* notification, WebKitWebViewAdapter* self);
+    static int onEnterFullscreen(WebKitWebView* view, WebKitWebViewAdapter* self);
+    static int onLeaveFullscreen(WebKitWebView* view, WebKitWebViewAdapter* self);
+    static int onPrintRequested(WebKitWebView* view, WebKitPrintOperation* operation,
+                                WebKitWebViewAdapter* self);
 
     // Hands a load to WebKit, or keeps it while the view's first load has not ended.
     void requestLoad(std::function<void()> issue);
@@ -169,6 +184,9 @@ private:
     GLibTimer errorPageTimer_;
     // This adapter is ending a hung page's process itself, to load it again: not a crash.
     bool restartingProcess_ = false;
+    // The page's notifications on show, each heard until it closes.
+    GSignalConnections notificationSignals_;
+    std::map<std::uint64_t, unsigned long> notificationHandlers_;
 };
 
 } // namespace ovel
