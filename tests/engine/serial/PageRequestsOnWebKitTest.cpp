@@ -1,4 +1,4 @@
-#include "WebKitTestFixture.h"
+#include "engine/WebKitTestFixture.h"
 
 #include <libsoup/soup.h>
 
