@@ -9,7 +9,6 @@
 #include "support/FolderDesktop.h"
 #include "support/GtkTestEnvironment.h"
 #include "support/GtkWait.h"
-#include "support/IconFiles.h"
 #include "support/LoopbackServer.h"
 #include "support/SequentialUuidSource.h"
 #include "web/BrowserTab.h"
@@ -80,8 +79,8 @@ protected:
         state = BrowserState::create(
             BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
         showSelectedTab();
-        connections.add(state->selectionChanged.connect(
-            [this](const SelectionChange&) { showSelectedTab(); }));
+        connections.add(
+            state->selectionChanged.connect([this](const SelectionChange&) { showSelectedTab(); }));
     }
 
     BrowserTab& tab() { return *state->tabs.get().at(std::size_t(state->selectedIndex.get())); }

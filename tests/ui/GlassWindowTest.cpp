@@ -1,12 +1,9 @@
 #include "chrome/AnimatedOrbs.h"
-#include "chrome/BrowserRootView.h"
 #include "chrome/ChromeStyle.h"
 #include "chrome/SlideRevealer.h"
 #include "chrome/ThemeCss.h"
 #include "gutil/IconNames.h"
-#include "support/BrowserFixture.h"
 #include "support/GtkWait.h"
-#include "support/ViewFixture.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
@@ -159,110 +156,6 @@ TEST_F(SlideRevealerTest, SpringsOpenThroughIntermediateWidthsAndClosesAtOnceWhe
     ASSERT_TRUE(waitUntil([&] { return width() == 0; }, 1s));
     EXPECT_EQ(revealer_.progress(), 0.0);
     EXPECT_FALSE(gtk_widget_get_visible(panel_));
-}
-
-class BrowserRootViewTest : public test::ViewFixture {
-protected:
-    void SetUp() override { open(BrowserTheme::Midnight); }
-    void TearDown() override { close(); }
-
-    void open(BrowserTheme theme) {
-        store = test::RecordingSettingsStore();
-        store.setString(BrowserState::themeKey, rawValue(theme));
-        launch();
-        view_ = std::make_unique<BrowserRootView>(
-            *state,
-            [this](const BrowserTab& tab) {
-                GtkWidget*& page = pages_[&tab];
-                if (page == nullptr) {
-                    page = GTK_WIDGET(g_object_ref_sink(gtk_label_new("page")));
-                }
-                return page;
-            },
-            nullptr);
-        window_ = GTK_WINDOW(gtk_window_new());
-        gtk_widget_add_css_class(GTK_WIDGET(window_), "ovel-window");
-        gtk_window_set_default_size(window_, 1200, 780);
-        gtk_window_set_child(window_, view_->widget());
-        gtk_window_present(window_);
-    }
-    void close() {
-        gtk_window_destroy(window_);
-        view_.reset();
-        for (auto& [tab, page] : pages_) {
-            g_object_unref(page);
-        }
-        pages_.clear();
-        state.reset();
-    }
-
-    std::map<const BrowserTab*, GtkWidget*> pages_;
-    std::unique_ptr<BrowserRootView> view_;
-    GtkWindow* window_ = nullptr;
-};
-
-TEST_F(BrowserRootViewTest, PanelsStartHiddenOrbsBreatheAndThePageSitsInItsFrame) {
-    ASSERT_TRUE(waitUntil([&] { return view_->orbs().isTicking(); }, 5s))
-        << "the orbs breathe once the window is shown";
-    for (SlideRevealer* panel : {&view_->sidebar(), &view_->findBar(), &view_->downloadShelf()}) {
-        EXPECT_FALSE(panel->revealed());
-        EXPECT_EQ(panel->progress(), 0.0);
-    }
-    EXPECT_EQ(gtk_widget_get_parent(view_->webContainer().shownPage()),
-              view_->webContainer().widget());
-    EXPECT_STREQ(gtk_editable_get_text(GTK_EDITABLE(view_->addressEntry())),
-                 state->addressText.get().c_str());
-}
-
-TEST_F(BrowserRootViewTest, AnotherTabsPageFadesInAndTheLastIsTakenOutAtOnce) {
-    const WebContainer& container = view_->webContainer();
-    GtkWidget* first = container.shownPage();
-    ASSERT_NE(first, nullptr);
-    ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(first); }, 5s));
-
-    state->newTab();
-    GtkWidget* second = container.shownPage();
-    ASSERT_NE(second, first);
-    EXPECT_EQ(gtk_widget_get_parent(first), nullptr) << "the page left is out of the tree";
-    EXPECT_EQ(gtk_widget_get_parent(second), container.widget());
-    EXPECT_TRUE(gtk_stack_get_transition_running(GTK_STACK(container.widget())))
-        << "and the new page fades in over a picture of it";
-    EXPECT_TRUE(waitUntil(
-        [&] { return !gtk_stack_get_transition_running(GTK_STACK(container.widget())); }, 5s));
-
-    state->closeTab(1);
-    EXPECT_EQ(container.shownPage(), first) << "the same widget comes back, not a new one";
-}
-
-TEST_F(BrowserRootViewTest, OpenPanelsShareTheCardWithThePage) {
-    for (BrowserTheme theme : {BrowserTheme::Ocean, BrowserTheme::Sunrise}) {
-        close();
-        open(theme);
-        GtkWidget* page = view_->webContainer().widget();
-        ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) > 0; }, 5s));
-        const int pageWidth = gtk_widget_get_width(page);
-        const int pageHeight = gtk_widget_get_height(page);
-
-        for (SlideRevealer* panel :
-             {&view_->sidebar(), &view_->findBar(), &view_->downloadShelf()}) {
-            panel->reveal(true, SlideRevealer::Motion::Instant);
-        }
-        ASSERT_TRUE(waitUntil(
-            [&] {
-                return gtk_widget_get_width(view_->sidebar().widget()) == 220 &&
-                       gtk_widget_get_width(page) == pageWidth - 220;
-            },
-            5s))
-            << "the sidebar takes 220 points from the page's width: "
-            << gtk_widget_get_width(view_->sidebar().widget()) << ", page " << pageWidth << " -> "
-            << gtk_widget_get_width(page);
-        EXPECT_LT(gtk_widget_get_height(page), pageHeight)
-            << "the find bar and the shelf take their rows from the page's height";
-        test::runMainLoopFor(300ms);
-        EXPECT_FALSE(
-            saveScreenshot(GTK_WIDGET(window_), "root-view-panels-" + std::string(rawValue(theme)))
-                .empty());
-    }
 }
 
 } // namespace
