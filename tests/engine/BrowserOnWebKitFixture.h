@@ -2,11 +2,11 @@
 
 #include "FreshEngine.h"
 #include "TestPages.h"
+#include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
 #include "records/MemorySettingsStore.h"
 #include "state/BrowserState.h"
 #include "support/FakeClock.h"
-#include "support/FolderDesktop.h"
 #include "support/GtkTestEnvironment.h"
 #include "support/GtkWait.h"
 #include "support/LoopbackServer.h"
@@ -22,9 +22,24 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <vector>
 
 namespace ovel::test {
+
+// The browser's own file tests on the real file system, with a Downloads folder the test
+// chooses (GLib reads the user's folders once per process, so a test cannot steer them) and
+// reveals logged instead of shown.
+class FolderDesktop : public GioDesktop {
+public:
+    std::optional<std::string> downloadsFolder() override { return downloads; }
+    void revealFile(std::string_view path) override { revealed.emplace_back(path); }
+
+    std::optional<std::string> downloads;
+    std::vector<std::string> revealed;
+};
 
 // The browser's state and tabs on the real engine: WebKit, the GLib main queue, the libsoup
 // favicon fetcher and the real file system, with fresh folders (Downloads among them) and a

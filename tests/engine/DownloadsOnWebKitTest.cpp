@@ -33,22 +33,6 @@ std::map<std::string, std::string> treeOf(const fs::path& folder) {
     return tree;
 }
 
-// Control characters as \xNN, so a failure prints readably.
-std::string printable(std::string_view text) {
-    std::string out;
-    for (unsigned char c : text) {
-        if (c < 0x20 || c == 0x7F) {
-            static constexpr char digits[] = "0123456789abcdef";
-            out += "\\x";
-            out += digits[c >> 4];
-            out += digits[c & 0xF];
-        } else {
-            out.push_back(char(c));
-        }
-    }
-    return out;
-}
-
 class DownloadsOnWebKit : public BrowserOnWebKit {
 protected:
     void SetUp() override {
@@ -206,13 +190,13 @@ TEST_F(DownloadsOnWebKit, HostileNamesLandInsideTheDownloadsFolder) {
         named.headers.emplace_back("Content-Disposition",
                                    "attachment; filename=\"" + c.name + "\"");
         server.serve(cdPath, named);
-        SCOPED_TRACE(std::string(c.label) + ": " + printable(c.name));
+        SCOPED_TRACE(std::string(c.label) + ": " + testing::PrintToString(c.name));
         const auto before = treeOf(home);
         state->openURL(server.url(cdPath));
         ASSERT_TRUE(waitForDownloadEnd(++count)) << joined(entries);
         const DownloadRecord& record = state->downloads.get()[0];
         EXPECT_EQ(record.status, DownloadStatus::Finished)
-            << printable(record.destinationPath.value_or("-")) << " "
+            << testing::PrintToString(record.destinationPath.value_or("-")) << " "
             << tab().lastDownloadMessage.get().value_or("-");
 
         const auto after = treeOf(home);
@@ -222,13 +206,13 @@ TEST_F(DownloadsOnWebKit, HostileNamesLandInsideTheDownloadsFolder) {
             if (old == before.end()) {
                 added.push_back(path);
             } else {
-                EXPECT_EQ(contents, old->second) << "changed: " << printable(path);
+                EXPECT_EQ(contents, old->second) << "changed: " << testing::PrintToString(path);
             }
         }
         EXPECT_EQ(after.size(), before.size() + 1) << "one file added, none removed";
-        ASSERT_EQ(added.size(), 1u) << "added: " << printable(joined(added));
+        ASSERT_EQ(added.size(), 1u) << "added: " << testing::PrintToString(joined(added));
         const fs::path saved(added[0]);
-        EXPECT_EQ(saved.parent_path(), "Downloads") << printable(added[0]);
+        EXPECT_EQ(saved.parent_path(), "Downloads") << testing::PrintToString(added[0]);
         const std::string name = saved.filename().string();
         EXPECT_EQ(record.fileName, name);
         EXPECT_EQ(record.destinationPath, (downloads / name).string());
@@ -236,7 +220,7 @@ TEST_F(DownloadsOnWebKit, HostileNamesLandInsideTheDownloadsFolder) {
         EXPECT_NE(name, ".");
         EXPECT_NE(name, "..");
         EXPECT_LE(name.size(), 255u);
-        EXPECT_TRUE(name.ends_with(c.extension)) << printable(name);
+        EXPECT_TRUE(name.ends_with(c.extension)) << testing::PrintToString(name);
         EXPECT_EQ(after.at(added[0]), named.body);
     }
 }
