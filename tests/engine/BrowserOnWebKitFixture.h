@@ -52,13 +52,9 @@ protected:
         favicons.setTestOrigin("http", server.port());
         desktop.downloads = environment.home() + "/Downloads";
         std::filesystem::create_directories(*desktop.downloads);
-        state = BrowserState::create(
-            BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
         window = gtk_window_new();
         gtk_window_set_default_size(GTK_WINDOW(window), 800, 600);
-        showSelectedTab();
-        connections.add(
-            state->selectionChanged.connect([this](const SelectionChange&) { showSelectedTab(); }));
+        start();
         gtk_window_present(GTK_WINDOW(window));
         // The finished compilation of the rule list reloads the selected tab: both it and the
         // first start page are done before the test begins.
@@ -91,6 +87,11 @@ protected:
         }
         connections.disconnectAll();
         state.reset();
+        start();
+    }
+
+    // Starts the browser on the settings, its selected tab shown in the window.
+    void start() {
         state = BrowserState::create(
             BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
         showSelectedTab();

@@ -125,7 +125,7 @@ TEST_F(SqliteSettingsStoreTest, KeepsEachValueByteExactWithItsTypeAcrossReopenin
     EXPECT_TRUE(movedAside().empty());
 }
 
-TEST_F(SqliteSettingsStoreTest, OverwritesAndRemoves) {
+TEST_F(SqliteSettingsStoreTest, OverwritesAndRemovesAndAnotherStoreOnTheFileSeesIt) {
     auto settings = SqliteSettingsStore::open(file);
     settings->setString("key", "text");
     settings->setData("key", "bytes");
@@ -137,18 +137,12 @@ TEST_F(SqliteSettingsStoreTest, OverwritesAndRemoves) {
     settings->remove("key");
     settings->remove("absent key");
 
-    settings = SqliteSettingsStore::open(file);
-    expectReadsBack(*settings, {"key", Kind::Absent, {}});
-    expectReadsBack(*settings, {"other", Kind::String, "stays"});
-}
-
-TEST_F(SqliteSettingsStoreTest, WritesOfOneStoreAreSeenByAnotherOnTheSameFile) {
-    auto first = SqliteSettingsStore::open(file);
-    auto second = SqliteSettingsStore::open(file);
-    first->setData("shared", "one");
-    EXPECT_EQ(second->data("shared"), "one");
-    second->setData("shared", "two");
-    EXPECT_EQ(first->data("shared"), "two");
+    // Another store on the same file sees the writes, and the other way round.
+    auto other = SqliteSettingsStore::open(file);
+    expectReadsBack(*other, {"key", Kind::Absent, {}});
+    expectReadsBack(*other, {"other", Kind::String, "stays"});
+    other->setData("shared", "two");
+    EXPECT_EQ(settings->data("shared"), "two");
 }
 
 TEST_F(SqliteSettingsStoreTest, RowsLieInTheSettingsTableWithTheirSqlTypes) {
