@@ -25,6 +25,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ovel::test {
@@ -161,14 +162,7 @@ protected:
         self->engineEvents.push_back("web process ended (" + std::to_string(int(reason)) + ")");
     }
 
-    std::string takeLog() {
-        std::string text;
-        for (const auto& entry : log) {
-            text += (text.empty() ? "" : " | ") + entry;
-        }
-        log.clear();
-        return text;
-    }
+    std::string takeLog() { return joined(std::exchange(log, {})); }
 
     bool waitUntilLoaded() {
         return waitUntil([&] { return !log.empty() && log.back() == "loaded"; });
@@ -186,11 +180,11 @@ protected:
     }
 
     std::string history() const {
-        std::string text;
+        std::vector<std::string> entries;
         for (const auto& entry : state->historyEntries.get()) {
-            text += (text.empty() ? "" : " | ") + entry.title + " " + entry.url;
+            entries.push_back(entry.title + " " + entry.url);
         }
-        return text;
+        return joined(entries);
     }
 
     GtkTestEnvironment environment;

@@ -60,14 +60,6 @@ protected:
         });
     }
 
-    static std::string joined(const std::vector<std::string>& lines) {
-        std::string text;
-        for (const auto& line : lines) {
-            text += (text.empty() ? "" : " | ") + line;
-        }
-        return text;
-    }
-
     fs::path downloads;
     std::vector<std::string> messages;
     std::vector<std::string> entries;
