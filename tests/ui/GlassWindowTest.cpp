@@ -1,6 +1,5 @@
 #include "chrome/AnimatedOrbs.h"
 #include "chrome/ChromeStyle.h"
-#include "chrome/SlideRevealer.h"
 #include "chrome/ThemeCss.h"
 #include "gutil/IconNames.h"
 #include "support/GtkWait.h"
@@ -8,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -111,51 +109,6 @@ TEST_F(AnimatedOrbsTest, BreathesOnlyWhileShownAndAnimationsAreAllowed) {
     orbs_.setBreathe(false);
     EXPECT_FALSE(orbs_.isTicking());
     EXPECT_EQ(orbs_.spread(), 0.0);
-}
-
-class SlideRevealerTest : public ::testing::Test {
-protected:
-    SlideRevealerTest() : window_(GTK_WINDOW(gtk_window_new())), panel_(gtk_label_new("panel")) {
-        gtk_widget_set_size_request(panel_, 220, 40);
-        revealer_.setChild(panel_);
-        GtkWidget* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);
-        gtk_box_append(GTK_BOX(row), revealer_.widget());
-        gtk_box_append(GTK_BOX(row), gtk_label_new("page"));
-        gtk_window_set_child(window_, row);
-        gtk_window_present(window_);
-    }
-    ~SlideRevealerTest() override { gtk_window_destroy(window_); }
-
-    int width() const { return gtk_widget_get_width(revealer_.widget()); }
-
-    SlideRevealer revealer_{SlideRevealer::Edge::Leading, Spring{0.45, 0.86}};
-    GtkWindow* window_;
-    GtkWidget* panel_;
-};
-
-TEST_F(SlideRevealerTest, SpringsOpenThroughIntermediateWidthsAndClosesAtOnceWhenInstant) {
-    ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(revealer_.widget()); }, 5s));
-    EXPECT_EQ(width(), 0);
-    EXPECT_FALSE(gtk_widget_get_visible(panel_)) << "a hidden panel is out of the tree";
-
-    std::map<int, int> widthsSeen;
-    revealer_.reveal(true, SlideRevealer::Motion::Smooth);
-    ASSERT_TRUE(waitUntil(
-        [&] {
-            ++widthsSeen[width()];
-            return revealer_.progress() == 1.0 && width() == 220;
-        },
-        5s));
-    const bool sawMidway = std::any_of(widthsSeen.begin(), widthsSeen.end(), [](auto& entry) {
-        return entry.first > 20 && entry.first < 200;
-    });
-    EXPECT_TRUE(sawMidway) << "the spring moves the panel in, it does not jump";
-    EXPECT_TRUE(gtk_widget_get_visible(panel_));
-
-    revealer_.reveal(false, SlideRevealer::Motion::Instant);
-    ASSERT_TRUE(waitUntil([&] { return width() == 0; }, 1s));
-    EXPECT_EQ(revealer_.progress(), 0.0);
-    EXPECT_FALSE(gtk_widget_get_visible(panel_));
 }
 
 } // namespace
