@@ -2,14 +2,13 @@
 
 #include "FreshEngine.h"
 #include "TestPages.h"
+#include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
 #include "records/MemorySettingsStore.h"
 #include "state/BrowserState.h"
 #include "support/FakeClock.h"
-#include "support/FolderDesktop.h"
 #include "support/GtkTestEnvironment.h"
 #include "support/GtkWait.h"
-#include "support/IconFiles.h"
 #include "support/LoopbackServer.h"
 #include "support/SequentialUuidSource.h"
 #include "web/BrowserTab.h"
@@ -23,9 +22,33 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace ovel::test {
+
+// The browser's own file tests on the real file system, with a Downloads folder the test
+// chooses (GLib reads the user's folders once per process, so a test cannot steer them) and
+// reveals and notifications logged instead of shown.
+class FolderDesktop : public GioDesktop {
+public:
+    std::optional<std::string> downloadsFolder() override { return downloads; }
+    void revealFile(std::string_view path) override { revealed.emplace_back(path); }
+    void showNotification(const DesktopNotification& notification) override {
+        shownNotifications.push_back(notification);
+    }
+    void withdrawNotification(std::string_view id) override {
+        withdrawnNotifications.emplace_back(id);
+    }
+
+    std::optional<std::string> downloads;
+    std::vector<std::string> revealed;
+    std::vector<DesktopNotification> shownNotifications;
+    std::vector<std::string> withdrawnNotifications;
+};
 
 // The browser's state and tabs on the real engine: WebKit, the GLib main queue, the libsoup
 // favicon fetcher and the real file system, with fresh folders (Downloads among them) and a
@@ -38,13 +61,9 @@ protected:
         favicons.setTestOrigin("http", server.port());
         desktop.downloads = environment.home() + "/Downloads";
         std::filesystem::create_directories(*desktop.downloads);
-        state = BrowserState::create(
-            BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
         window = gtk_window_new();
         gtk_window_set_default_size(GTK_WINDOW(window), 800, 600);
-        showSelectedTab();
-        connections.add(
-            state->selectionChanged.connect([this](const SelectionChange&) { showSelectedTab(); }));
+        start();
         gtk_window_present(GTK_WINDOW(window));
         // The finished compilation of the rule list reloads the selected tab: both it and the
         // first start page are done before the test begins.
@@ -77,11 +96,16 @@ protected:
         }
         connections.disconnectAll();
         state.reset();
+        start();
+    }
+
+    // Starts the browser on the settings, its selected tab shown in the window.
+    void start() {
         state = BrowserState::create(
             BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
         showSelectedTab();
-        connections.add(state->selectionChanged.connect(
-            [this](const SelectionChange&) { showSelectedTab(); }));
+        connections.add(
+            state->selectionChanged.connect([this](const SelectionChange&) { showSelectedTab(); }));
     }
 
     BrowserTab& tab() { return *state->tabs.get().at(std::size_t(state->selectedIndex.get())); }
@@ -146,14 +170,7 @@ protected:
         self->engineEvents.push_back("web process ended (" + std::to_string(int(reason)) + ")");
     }
 
-    std::string takeLog() {
-        std::string text;
-        for (const auto& entry : log) {
-            text += (text.empty() ? "" : " | ") + entry;
-        }
-        log.clear();
-        return text;
-    }
+    std::string takeLog() { return joined(std::exchange(log, {})); }
 
     bool waitUntilLoaded() {
         return waitUntil([&] { return !log.empty() && log.back() == "loaded"; });
@@ -171,11 +188,11 @@ protected:
     }
 
     std::string history() const {
-        std::string text;
+        std::vector<std::string> entries;
         for (const auto& entry : state->historyEntries.get()) {
-            text += (text.empty() ? "" : " | ") + entry.title + " " + entry.url;
+            entries.push_back(entry.title + " " + entry.url);
         }
-        return text;
+        return joined(entries);
     }
 
     GtkTestEnvironment environment;

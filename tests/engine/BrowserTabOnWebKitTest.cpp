@@ -1,7 +1,5 @@
 #include "BrowserOnWebKitFixture.h"
 
-#include <gmock/gmock.h>
-
 namespace ovel::test {
 namespace {
 
@@ -196,49 +194,6 @@ TEST_F(BrowserTabOnWebKit, TabIsReloadableAfterItsWebProcessEnds) {
     ASSERT_TRUE(waitUntilLoaded()) << takeLog();
     EXPECT_EQ(tab().title.get(), "Page A");
     EXPECT_EQ(tab().url(), server.url("/a"));
-}
-
-TEST_F(BrowserTabOnWebKit, FaviconIsFetchedAfterTheFinish) {
-    server.serveHtml("/a", titled("Page A"));
-    const auto icon = icoFile({{16, 16, icoBmpImage(16, 16, {0, 0, 255, 255})},
-                               {32, 32, pngFile(32, 32, {200, 100, 50, 255})}});
-    LoopbackServer::Response response;
-    response.contentType = "image/x-icon";
-    response.body.assign(icon.begin(), icon.end());
-    server.serve("/favicon.ico", response);
-
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntil([&] { return tab().favicon.get().has_value(); }));
-    const auto& favicon = *tab().favicon.get();
-    EXPECT_EQ(favicon.width, 32);
-    EXPECT_EQ(favicon.height, 32);
-    EXPECT_EQ(std::vector<std::uint8_t>(favicon.rgba.begin(), favicon.rgba.begin() + 4),
-              (std::vector<std::uint8_t>{200, 100, 50, 255}));
-    EXPECT_EQ(server.requestCount("/favicon.ico"), 1);
-}
-
-TEST_F(BrowserTabOnWebKit, ThemeChangeRedrawsOnlyTheStartPages) {
-    const auto backgroundOf = [](BrowserTab& tab) {
-        return runScript(webKitView(tab), "return getComputedStyle(document.body).backgroundImage;")
-            .value_or("(none)");
-    };
-    BrowserTab& startTab = tab();
-    // Midnight's first background stop, #080d18.
-    EXPECT_THAT(backgroundOf(startTab), testing::HasSubstr("rgb(8, 13, 24) 0%"));
-    server.serveHtml("/a", titled("Page A"));
-    state->newTab();
-    state->openURL(server.url("/a"));
-    ASSERT_TRUE(waitUntilShowing(tab(), server.url("/a")));
-    BrowserTab& pageTab = tab();
-
-    state->setTheme(BrowserTheme::Citrus);
-    EXPECT_FALSE(webkit_web_view_is_loading(webKitView(pageTab)));
-    ASSERT_TRUE(waitUntilIdle(startTab));
-    // Citrus runs from #222c0d to #d08f33.
-    EXPECT_THAT(backgroundOf(startTab),
-                testing::HasSubstr("rgb(34, 44, 13) 0%, rgb(208, 143, 51) 100%"));
-    EXPECT_EQ(server.requestCount("/a"), 1);
-    EXPECT_EQ(pageTab.title.get(), "Page A");
 }
 
 TEST_F(BrowserTabOnWebKit, AnAddressOpenedAsTheTabIsMadeIsTheOneItShows) {

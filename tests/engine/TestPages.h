@@ -7,8 +7,18 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ovel::test {
+
+// The lines joined with " | ", as tests log events.
+inline std::string joined(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const auto& line : lines) {
+        text += (text.empty() ? "" : " | ") + line;
+    }
+    return text;
+}
 
 // A page with a title and the given body.
 inline std::string titled(const std::string& title, const std::string& body = "") {

@@ -26,36 +26,6 @@ std::shared_ptr<ContentRuleList> compile(WebKitEngine& engine, const std::string
     return compiled;
 }
 
-TEST_F(WebKitContent, RuleListWithAlternationBlocksWhatItNames) {
-    const auto list = compile(*engine, ruleList);
-    ASSERT_NE(list, nullptr);
-    EXPECT_EQ(list->identifier(), "test.rules");
-
-    LoopbackServer::Response image;
-    image.contentType = "image/gif";
-    image.body = "GIF89a";
-    for (const char* path : {"/ads.gif", "/pixel/tr", "/ok.gif"}) {
-        server.serve(path, image);
-    }
-    server.serveHtml("/page", "<html><head><title>Images</title></head><body>"
-                              "<img src='/ads.gif'><img src='/pixel/tr'><img src='/ok.gif'>"
-                              "</body></html>");
-    auto& page = openPage();
-    page.view->addContentRuleList(*list);
-    page.view->load({server.url("/page")});
-    ASSERT_TRUE(page.waitForOutcomes(1)) << page.events();
-    ASSERT_TRUE(waitUntil([&] { return server.requestCount("/ok.gif") == 1; }));
-    EXPECT_EQ(server.requestCount("/ads.gif"), 0);
-    EXPECT_EQ(server.requestCount("/pixel/tr"), 0);
-
-    page.view->removeAllContentRuleLists();
-    page.view->reload();
-    ASSERT_TRUE(page.waitForOutcomes(2)) << page.events();
-    EXPECT_TRUE(waitUntil([&] {
-        return server.requestCount("/ads.gif") == 1 && server.requestCount("/pixel/tr") == 1;
-    }));
-}
-
 TEST_F(WebKitContent, RuleListWebKitCannotCompileGivesNone) {
     EXPECT_EQ(compile(*engine, R"([{"trigger": {"url-filter": "(a|b)+"},
                                     "action": {"type": "block"}}])"),

@@ -36,35 +36,32 @@ protected:
     std::vector<PermissionQuestion> questions;
 };
 
-TEST_F(WebKitPermission, SiteDecisionAnswersNotificationRequests) {
-    const std::pair<PermissionDecision, const char*> cases[] = {
-        {PermissionDecision::Grant, "granted"},
-        {PermissionDecision::Deny, "denied"},
+TEST_F(WebKitPermission, SiteDecisionAnswersNotificationAndLocationRequests) {
+    using enum PermissionDecision;
+    const struct {
+        const char* script;
+        SitePermissionKind kind;
+        PermissionDecision decision;
+        const char* result;
+        // Allowed, a location request gets past the permission to no location service.
+        bool same;
+    } cases[] = {
+        {notificationScript, SitePermissionKind::Notifications, Grant, "granted", true},
+        {notificationScript, SitePermissionKind::Notifications, Deny, "denied", true},
         // No one to ask: denied.
-        {PermissionDecision::Prompt, "denied"},
+        {notificationScript, SitePermissionKind::Notifications, Prompt, "denied", true},
+        {locationScript, SitePermissionKind::Location, Deny, "error 1", true}, // PERMISSION_DENIED
+        {locationScript, SitePermissionKind::Location, Grant, "error 1", false},
     };
-    for (const auto& [decision, expected] : cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.result) + (c.same ? "" : " (not)"));
         auto& page = openPageOnNewOrigin();
-        page.delegate.siteDecision = decision;
-        EXPECT_EQ(runScript(page.webKitView(), notificationScript), expected);
-        ASSERT_EQ(page.delegate.siteRequests.size(), 1u) << expected;
+        page.delegate.siteDecision = c.decision;
+        EXPECT_EQ(runScript(page.webKitView(), c.script) == c.result, c.same);
+        ASSERT_EQ(page.delegate.siteRequests.size(), 1u);
         EXPECT_EQ(page.delegate.siteRequests[0].first, "127.0.0.1");
-        EXPECT_EQ(page.delegate.siteRequests[0].second, SitePermissionKind::Notifications);
+        EXPECT_EQ(page.delegate.siteRequests[0].second, c.kind);
     }
-}
-
-TEST_F(WebKitPermission, SiteDecisionAnswersLocationRequests) {
-    auto& denied = openPageOnNewOrigin();
-    denied.delegate.siteDecision = PermissionDecision::Deny;
-    EXPECT_EQ(runScript(denied.webKitView(), locationScript), "error 1"); // PERMISSION_DENIED
-    ASSERT_EQ(denied.delegate.siteRequests.size(), 1u);
-    EXPECT_EQ(denied.delegate.siteRequests[0].second, SitePermissionKind::Location);
-
-    // Allowed, the page gets past the permission (there is no location service here).
-    auto& granted = openPageOnNewOrigin();
-    granted.delegate.siteDecision = PermissionDecision::Grant;
-    EXPECT_NE(runScript(granted.webKitView(), locationScript), "error 1");
-    ASSERT_EQ(granted.delegate.siteRequests.size(), 1u);
 }
 
 TEST_F(WebKitPermission, MediaDecisionAnswersCaptureRequestsByType) {

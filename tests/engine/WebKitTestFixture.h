@@ -26,13 +26,7 @@ struct AdaptedPage {
     std::unique_ptr<WebKitWebViewAdapter> view;
 
     WebKitWebView* webKitView() const { return view->webKitView(); }
-    std::string events() const {
-        std::string text;
-        for (const auto& event : delegate.events) {
-            text += (text.empty() ? "" : " | ") + event;
-        }
-        return text;
-    }
+    std::string events() const { return joined(delegate.events); }
     // Waits until the delegate heard `outcomes` finishes and failures in all and nothing is
     // loading.
     bool waitForOutcomes(std::size_t outcomes, std::chrono::milliseconds timeout = 15s) const {

@@ -1,6 +1,6 @@
 #include "support/IconFiles.h"
 
-#include <string_view>
+#include <gdk-pixbuf/gdk-pixbuf.h>
 
 namespace ovel::test {
 
@@ -14,71 +14,20 @@ void put32le(Bytes& out, std::uint32_t v) {
     put16le(out, v & 0xffff);
     put16le(out, v >> 16);
 }
-void put32be(Bytes& out, std::uint32_t v) {
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        out.push_back(std::uint8_t(v >> shift));
-    }
-}
-
-std::uint32_t crc32(const std::uint8_t* data, std::size_t size) {
-    std::uint32_t crc = 0xffffffffu;
-    for (std::size_t i = 0; i < size; ++i) {
-        crc ^= data[i];
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc >> 1) ^ (0xedb88320u & (0u - (crc & 1u)));
-        }
-    }
-    return ~crc;
-}
-
-void pngChunk(Bytes& out, std::string_view type, const Bytes& data) {
-    put32be(out, std::uint32_t(data.size()));
-    Bytes typed(type.begin(), type.end());
-    typed.insert(typed.end(), data.begin(), data.end());
-    out.insert(out.end(), typed.begin(), typed.end());
-    put32be(out, crc32(typed.data(), typed.size()));
-}
-
-// A zlib stream of stored (uncompressed) deflate blocks.
-Bytes zlibStored(const Bytes& raw) {
-    Bytes out{0x78, 0x01};
-    std::size_t at = 0;
-    do {
-        const std::size_t length = std::min<std::size_t>(raw.size() - at, 65535);
-        out.push_back(at + length == raw.size() ? 1 : 0);
-        put16le(out, std::uint32_t(length));
-        put16le(out, std::uint32_t(~length & 0xffff));
-        out.insert(out.end(), raw.begin() + long(at), raw.begin() + long(at + length));
-        at += length;
-    } while (at < raw.size());
-    std::uint32_t a = 1;
-    std::uint32_t b = 0;
-    for (std::uint8_t byte : raw) {
-        a = (a + byte) % 65521;
-        b = (b + a) % 65521;
-    }
-    put32be(out, b << 16 | a);
-    return out;
-}
-
 } // namespace
 
 Bytes pngFile(int width, int height, Rgba colour) {
-    Bytes out{0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
-    Bytes header;
-    put32be(header, std::uint32_t(width));
-    put32be(header, std::uint32_t(height));
-    header.insert(header.end(), {8, 6, 0, 0, 0});
-    pngChunk(out, "IHDR", header);
-    Bytes raw;
-    for (int y = 0; y < height; ++y) {
-        raw.push_back(0);
-        for (int x = 0; x < width; ++x) {
-            raw.insert(raw.end(), colour.begin(), colour.end());
-        }
+    GdkPixbuf* image = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, width, height);
+    gdk_pixbuf_fill(image, std::uint32_t(colour[0]) << 24 | std::uint32_t(colour[1]) << 16 |
+                               std::uint32_t(colour[2]) << 8 | colour[3]);
+    gchar* buffer = nullptr;
+    gsize size = 0;
+    Bytes out;
+    if (gdk_pixbuf_save_to_buffer(image, &buffer, &size, "png", nullptr, nullptr)) {
+        out.assign(buffer, buffer + size);
     }
-    pngChunk(out, "IDAT", zlibStored(raw));
-    pngChunk(out, "IEND", {});
+    g_free(buffer);
+    g_object_unref(image);
     return out;
 }
 

@@ -11,7 +11,7 @@ using Rgba = std::array<std::uint8_t, 4>;
 
 // Image files for icon tests, every pixel of one colour.
 
-// A PNG (RGBA, 8 bits per channel, stored without compression).
+// A PNG (RGBA, 8 bits per channel).
 Bytes pngFile(int width, int height, Rgba colour);
 // The image of an ICO entry in BMP form: a 32-bit DIB of twice the height, then the mask.
 Bytes icoBmpImage(int width, int height, Rgba colour);

@@ -45,6 +45,42 @@ std::string ViewFixture::saveScreenshot(GtkWidget* widget, const std::string& na
     return path;
 }
 
+void ViewFixture::useTheme(const char* css, const std::string& extra) {
+    GdkDisplay* display = gdk_display_get_default();
+    if (themeCss_) {
+        gtk_style_context_remove_provider_for_display(display, GTK_STYLE_PROVIDER(themeCss_.get()));
+        themeCss_ = {};
+    }
+    if (css != nullptr) {
+        themeCss_ = GObjectRef<GtkCssProvider>::adopt(gtk_css_provider_new());
+        gtk_css_provider_load_from_data(themeCss_.get(), (css + extra).c_str(), -1);
+        gtk_style_context_add_provider_for_display(display, GTK_STYLE_PROVIDER(themeCss_.get()),
+                                                   GTK_STYLE_PROVIDER_PRIORITY_APPLICATION + 1);
+    }
+}
+
+GtkWidget* ViewFixture::findControl(GtkWidget* root, const std::string& name) {
+    if (!GTK_IS_LABEL(root) && findByName(root, name) == root) {
+        return root;
+    }
+    for (GtkWidget* child = gtk_widget_get_first_child(root); child != nullptr;
+         child = gtk_widget_get_next_sibling(child)) {
+        if (GtkWidget* found = findControl(child, name)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+bool ViewFixture::click(GtkWidget* root, const std::string& name) {
+    GtkWidget* button = findControl(root, name);
+    if (!GTK_IS_BUTTON(button)) {
+        return false;
+    }
+    g_signal_emit_by_name(button, "clicked");
+    return true;
+}
+
 void ViewFixture::loadCss(const std::string& file) {
     GtkCssProvider* provider = gtk_css_provider_new();
     gtk_css_provider_load_from_path(provider,

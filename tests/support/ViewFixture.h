@@ -1,5 +1,6 @@
 #pragma once
 
+#include "gutil/GObjectRef.h"
 #include "support/BrowserFixture.h"
 #include "support/GtkWait.h"
 
@@ -8,6 +9,27 @@
 #include <string>
 
 namespace ovel::test {
+
+// Stand-ins for what the theme style sheet gives the window: its named colours and font design.
+struct TestTheme {
+    const char* name;
+    const char* css;
+};
+inline constexpr TestTheme nightTheme{"night", R"(
+@define-color ovel_accent rgba(255,255,255,0.85);
+@define-color ovel_gradient_start rgba(0,0,0,0.94);
+@define-color ovel_gradient_end rgba(128,128,128,0.7);
+@define-color ovel_orb_a rgba(255,255,255,0.2);
+@define-color ovel_orb_b rgba(0,0,255,0.25);
+.ovel-design-font { font-family: Quicksand; font-weight: 600; })"};
+inline constexpr TestTheme sunriseTheme{"sunrise", R"(
+@define-color ovel_accent rgb(255,199,158);
+@define-color ovel_gradient_start rgb(97,46,26);
+@define-color ovel_gradient_end rgb(237,135,82);
+@define-color ovel_orb_a rgba(255,165,0,0.35);
+@define-color ovel_orb_b rgba(255,192,203,0.3);
+.ovel-design-font { font-family: 'Noto Serif'; })"};
+inline constexpr TestTheme testThemes[] = {nightTheme, sunriseTheme};
 
 // A browser state on fakes and a real window to put a view in: for tests of views with real
 // widgets under Xvfb.
@@ -19,6 +41,7 @@ protected:
             gtk_window_destroy(window_);
             window_ = nullptr;
         }
+        useTheme(nullptr);
         runMainLoopFor(std::chrono::milliseconds(0));
     }
 
@@ -29,6 +52,19 @@ protected:
     // the path, or an empty string when it could not be drawn.
     static std::string saveScreenshot(GtkWidget* widget, const std::string& name);
 
+    // Puts `css` (a theme's, followed by `extra`) on the display in place of the last one given;
+    // null takes it away.
+    void useTheme(const char* css, const std::string& extra = {});
+    void useTheme(const TestTheme& theme) { useTheme(theme.css); }
+
+    // The first descendant of `root` named `name` that is not a label (a label beside a control
+    // often carries the control's name); null when there is none.
+    static GtkWidget* findControl(GtkWidget* root, const std::string& name);
+
+    // Clicks the button named `name` under `root` as its "clicked" signal (a button's own
+    // activation clicks only after a pressed-look delay); false when there is no such button.
+    static bool click(GtkWidget* root, const std::string& name);
+
     // Adds the CSS file data/`file` of the source tree to the display, as the browser does.
     static void loadCss(const std::string& file);
 
@@ -37,6 +73,7 @@ protected:
     static GtkWidget* findByName(GtkWidget* root, const std::string& name);
 
     GtkWindow* window_ = nullptr;
+    GObjectRef<GtkCssProvider> themeCss_;
 };
 
 } // namespace ovel::test

@@ -17,10 +17,16 @@ namespace {
 using namespace std::chrono_literals;
 using test::waitUntil;
 
+// The whole window's view on fake tabs, each with a label for a page.
 class PanelsTest : public test::ViewFixture {
 protected:
-    void SetUp() override {
-        launchFresh();
+    void SetUp() override { open(BrowserTheme::Midnight); }
+    void TearDown() override { close(); }
+
+    void open(BrowserTheme theme) {
+        store = test::RecordingSettingsStore();
+        store.setString(BrowserState::themeKey, rawValue(theme));
+        launch();
         view_ = std::make_unique<BrowserRootView>(
             *state,
             [this](const BrowserTab& tab) {
@@ -38,24 +44,18 @@ protected:
         gtk_window_present(window_);
         ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(view_->widget()); }, 5s));
     }
-    void TearDown() override {
+    void close() {
         gtk_window_destroy(window_);
+        window_ = nullptr;
         view_.reset();
         for (auto& [tab, page] : pages_) {
             g_object_unref(page);
         }
+        pages_.clear();
         state.reset();
     }
 
-    bool press(const std::string& name) {
-        // A button's own activation clicks it only after a short pressed-look delay.
-        GtkWidget* control = findByName(view_->widget(), name);
-        if (!GTK_IS_BUTTON(control)) {
-            return false;
-        }
-        g_signal_emit_by_name(control, "clicked");
-        return true;
-    }
+    bool press(const std::string& name) { return click(view_->widget(), name); }
     // The controls of the shelf named `name`.
     int countNamed(GtkWidget* root, const std::string& name) {
         int count = findByName(root, name) == root ? 1 : 0;
@@ -85,7 +85,6 @@ protected:
 
     std::map<const BrowserTab*, GtkWidget*> pages_;
     std::unique_ptr<BrowserRootView> view_;
-    GtkWindow* window_ = nullptr;
 };
 
 TEST_F(PanelsTest, EachPanelFollowsItsFlagAndIsInstantWithoutSmoothAnimations) {
@@ -108,27 +107,22 @@ TEST_F(PanelsTest, EachPanelFollowsItsFlagAndIsInstantWithoutSmoothAnimations) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        state->setSmoothAnimations(true);
-        EXPECT_GE(framesToSettle(
-                      c.panel, [&] { c.show(true); }, true),
-                  8)
-            << "springs in over many frames";
-        EXPECT_TRUE(c.panel.revealed());
-        EXPECT_GE(framesToSettle(
-                      c.panel, [&] { c.show(false); }, false),
-                  8);
-        EXPECT_FALSE(c.panel.revealed());
-
-        state->setSmoothAnimations(false);
-        EXPECT_LE(framesToSettle(
-                      c.panel, [&] { c.show(true); }, true),
-                  3)
-            << "at once";
-        EXPECT_TRUE(c.panel.revealed());
-        EXPECT_LE(framesToSettle(
-                      c.panel, [&] { c.show(false); }, false),
-                  3);
-        EXPECT_FALSE(c.panel.revealed());
+        GtkWidget* content = gtk_widget_get_first_child(c.panel.widget());
+        EXPECT_FALSE(gtk_widget_get_visible(content)) << "a hidden panel is out of the tree";
+        for (const bool smooth : {true, false}) {
+            state->setSmoothAnimations(smooth);
+            for (const bool open : {true, false}) {
+                const auto frames = framesToSettle(
+                    c.panel, [&] { c.show(open); }, open);
+                if (smooth) {
+                    EXPECT_GE(frames, 8) << "springs over many frames";
+                } else {
+                    EXPECT_LE(frames, 3) << "at once";
+                }
+                EXPECT_EQ(c.panel.revealed(), open);
+                EXPECT_EQ(gtk_widget_get_visible(content), open);
+            }
+        }
     }
 }
 
@@ -220,15 +214,65 @@ TEST_F(PanelsTest, TheBackgroundFadesToANewThemeAtOnceWithoutSmoothAnimations) {
     EXPECT_TRUE(view_->orbs().isTicking()) << "the orbs keep breathing all the same";
 }
 
-TEST_F(PanelsTest, TheAddressFieldFollowsTheSelectedTab) {
-    showPage(0, "https://a.test/page", "A");
-    state->openURL("ovel://settings");
-    state->newTab();
-    GtkEditable* field = GTK_EDITABLE(view_->addressEntry());
-    EXPECT_STREQ(gtk_editable_get_text(field), "") << "a new tab has no address";
-    state->selectTab(0);
-    EXPECT_STREQ(gtk_editable_get_text(field), "ovel://settings")
-        << "the internal page's address, not the page under it";
+TEST_F(PanelsTest, OpenPanelsShareTheCardWithThePage) {
+    for (BrowserTheme theme : {BrowserTheme::Ocean, BrowserTheme::Sunrise}) {
+        close();
+        open(theme);
+        GtkWidget* page = view_->webContainer().widget();
+        ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) > 0; }, 5s));
+        const int pageWidth = gtk_widget_get_width(page);
+        const int pageHeight = gtk_widget_get_height(page);
+
+        for (SlideRevealer* panel :
+             {&view_->sidebar(), &view_->findBar(), &view_->downloadShelf()}) {
+            panel->reveal(true, SlideRevealer::Motion::Instant);
+        }
+        ASSERT_TRUE(waitUntil(
+            [&] {
+                return gtk_widget_get_width(view_->sidebar().widget()) == 220 &&
+                       gtk_widget_get_width(page) == pageWidth - 220;
+            },
+            5s))
+            << "the sidebar takes 220 points from the page's width: "
+            << gtk_widget_get_width(view_->sidebar().widget()) << ", page " << pageWidth << " -> "
+            << gtk_widget_get_width(page);
+        EXPECT_LT(gtk_widget_get_height(page), pageHeight)
+            << "the find bar and the shelf take their rows from the page's height";
+        test::runMainLoopFor(300ms);
+        EXPECT_FALSE(
+            saveScreenshot(GTK_WIDGET(window_), "root-view-panels-" + std::string(rawValue(theme)))
+                .empty());
+    }
+}
+
+TEST_F(PanelsTest, APageInFullScreenIsAllThereIsUntilItLeaves) {
+    for (BrowserTheme theme : {BrowserTheme::Midnight, BrowserTheme::Sunrise}) {
+        close();
+        open(theme);
+        state->setShowSidebar(true);
+        auto chromeShown = [&] {
+            return std::vector<bool>{gtk_widget_is_visible(view_->tabStripSlot()) != 0,
+                                     gtk_widget_is_visible(view_->toolbarSlot()) != 0,
+                                     gtk_widget_is_visible(view_->sidebar().widget()) != 0};
+        };
+        GtkWidget* page = view_->webContainer().shownPage();
+        ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(page); }, 5s));
+        WebViewDelegate& engineSide = FakeServices::viewOf(*state->selectedTab()).delegate();
+        const std::string name = "page-full-screen-" + std::string(rawValue(theme));
+
+        engineSide.pageDidChangeFullscreen(true);
+        EXPECT_EQ(chromeShown(), (std::vector<bool>{false, false, false}));
+        EXPECT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) == 1200; }, 5s))
+            << "the page fills the window: " << gtk_widget_get_width(page);
+        saveScreenshot(GTK_WIDGET(window_), name);
+
+        engineSide.pageDidChangeFullscreen(false);
+        EXPECT_EQ(chromeShown(), (std::vector<bool>{true, true, true}));
+        EXPECT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) < 1000; }, 5s))
+            << "the page is framed beside the sidebar again: " << gtk_widget_get_width(page);
+        test::runMainLoopFor(600ms);
+        saveScreenshot(GTK_WIDGET(window_), name + "-left");
+    }
 }
 
 } // namespace

@@ -9,20 +9,6 @@
 namespace ovel::test {
 namespace {
 
-// Theme colours as the theme style sheet names them, for two themes.
-constexpr const char* midnightColours = R"(
-@define-color ovel_accent rgba(255,255,255,0.85);
-@define-color ovel_gradient_start rgba(0,0,0,0.94);
-@define-color ovel_gradient_end rgba(128,128,128,0.7);
-@define-color ovel_orb_a rgba(255,255,255,0.2);
-@define-color ovel_orb_b rgba(0,122,255,0.25);)";
-constexpr const char* sunriseColours = R"(
-@define-color ovel_accent rgb(255,199,158);
-@define-color ovel_gradient_start rgb(97,46,26);
-@define-color ovel_gradient_end rgb(237,135,82);
-@define-color ovel_orb_a rgba(255,149,0,0.35);
-@define-color ovel_orb_b rgba(255,45,85,0.3);)";
-
 // A window as the browser builds it: content with a button that has the focus, and the sheets'
 // layer laid over it.
 class SheetsTest : public ViewFixture {
@@ -30,7 +16,7 @@ protected:
     void SetUp() override {
         ViewFixture::SetUp();
         loadCss("sheets.css");
-        useColours(midnightColours);
+        useTheme(nightTheme);
         state->createWorkspaceSnapshot("Reading");
         showPage(0, "https://news.example.com/", "Morning News");
         state->newTab();
@@ -54,19 +40,6 @@ protected:
         palette.reset();
         host.reset();
         ViewFixture::TearDown();
-    }
-
-    void useColours(const char* colours) {
-        GtkCssProvider* provider = gtk_css_provider_new();
-        gtk_css_provider_load_from_data(provider, colours, -1);
-        GdkDisplay* display = gdk_display_get_default();
-        if (colourProvider) {
-            gtk_style_context_remove_provider_for_display(display,
-                                                          GTK_STYLE_PROVIDER(colourProvider.get()));
-        }
-        colourProvider = GObjectRef<GtkCssProvider>::adopt(provider);
-        gtk_style_context_add_provider_for_display(display, GTK_STYLE_PROVIDER(provider),
-                                                   GTK_STYLE_PROVIDER_PRIORITY_APPLICATION - 1);
     }
 
     GtkWidget* focus() const { return gtk_root_get_focus(GTK_ROOT(window_)); }
@@ -123,12 +96,10 @@ protected:
         g_free(mismatch);
         return mismatch == nullptr;
     }
-    static void click(GtkWidget* button) { g_signal_emit_by_name(button, "clicked"); }
     void settle() { runMainLoopFor(std::chrono::milliseconds(30)); }
 
     GtkWidget* content = nullptr;
     GtkWidget* behind = nullptr;
-    GObjectRef<GtkCssProvider> colourProvider;
     std::unique_ptr<SheetHost> host;
     std::unique_ptr<CommandPaletteSheet> palette;
     std::unique_ptr<TabOverviewSheet> overview;
@@ -197,18 +168,18 @@ TEST_F(SheetsTest, OverviewCardsCloseSelectAndFilter) {
     state->setShowTabOverview(true);
     settle();
     EXPECT_TRUE(hasFocus(overviewField()));
-    click(named(overview->widget(), "Close Kernel docs"));
+    EXPECT_TRUE(click(overview->widget(), "Close Kernel docs"));
     EXPECT_EQ(state->tabs->size(), 2u);
     EXPECT_TRUE(state->showTabOverview.get()) << "closing a tab leaves the overview open";
     EXPECT_EQ(findByName(overview->widget(), "Kernel docs"), nullptr);
 
-    click(named(overview->widget(), "New Tab"));
+    EXPECT_TRUE(click(overview->widget(), "New Tab"));
     gtk_editable_set_text(GTK_EDITABLE(overviewField()), " EXAMPLE ");
     GtkWidget* news = named(overview->widget(), "Morning News");
     EXPECT_TRUE(gtk_widget_is_visible(news));
     EXPECT_FALSE(gtk_widget_is_visible(named(overview->widget(), "Close New Tab")))
         << "start pages are matched on their titles only";
-    click(news);
+    EXPECT_TRUE(click(overview->widget(), "Morning News"));
     EXPECT_EQ(state->selectedIndex.get(), 0);
     EXPECT_FALSE(state->showTabOverview.get());
     EXPECT_TRUE(hasFocus(behind));
@@ -240,22 +211,18 @@ TEST_F(SheetsTest, Screenshots) {
         showPage(state->selectedIndex.get(), "https://site" + std::to_string(i) + ".example/",
                  "Page number " + std::to_string(i));
     }
-    const struct {
-        const char* theme;
-        const char* colours;
-    } themes[] = {{"midnight", midnightColours}, {"sunrise", sunriseColours}};
-    for (const auto& theme : themes) {
-        useColours(theme.colours);
+    for (const TestTheme& theme : testThemes) {
+        useTheme(theme);
         state->setShowCommandPalette(true);
         settle();
         EXPECT_FALSE(
-            saveScreenshot(GTK_WIDGET(window_), std::string("command-palette-") + theme.theme)
+            saveScreenshot(GTK_WIDGET(window_), std::string("command-palette-") + theme.name)
                 .empty());
         state->setShowCommandPalette(false);
         state->setShowTabOverview(true);
         settle();
-        EXPECT_FALSE(saveScreenshot(GTK_WIDGET(window_), std::string("tab-overview-") + theme.theme)
-                         .empty());
+        EXPECT_FALSE(
+            saveScreenshot(GTK_WIDGET(window_), std::string("tab-overview-") + theme.name).empty());
         state->setShowTabOverview(false);
     }
 }

@@ -17,10 +17,7 @@ TEST_F(ToolbarViewTest, ButtonsFollowTheSelectedTab) {
     ToolbarView toolbar(*state);
     show(toolbar.widget());
     GtkWidget* root = toolbar.widget();
-    EXPECT_FALSE(enabled(root, "Back"));
-    EXPECT_FALSE(enabled(root, "Forward"));
     EXPECT_FALSE(enabled(root, "Close Tab")) << "the last tab";
-
     state->newTab();
     EXPECT_TRUE(enabled(root, "Close Tab"));
     viewAt(1).backAvailable = true;
@@ -29,20 +26,10 @@ TEST_F(ToolbarViewTest, ButtonsFollowTheSelectedTab) {
     state->selectTab(0);
     EXPECT_FALSE(enabled(root, "Back")) << "the other tab has no history";
 
-    for (const char* name :
-         {"Show Sidebar", "Back", "Forward", "Home", "New Tab", "Close Tab", "Tab Overview",
-          "Command Palette", "Find in Page", "Add Bookmark", "Reload"}) {
-        GtkWidget* button = findByName(root, name);
-        ASSERT_NE(button, nullptr) << name;
-        const char* tooltip = gtk_widget_get_tooltip_text(button);
-        EXPECT_STREQ(tooltip, std::string(name) == "Command Palette" ? "Command Palette" : nullptr)
-            << name;
-    }
-
-    g_signal_emit_by_name(findByName(root, "Close Tab"), "clicked");
+    EXPECT_TRUE(click(root, "Close Tab"));
     EXPECT_EQ(state->tabs->size(), 1u);
-    g_signal_emit_by_name(findByName(root, "Find in Page"), "clicked");
-    g_signal_emit_by_name(findByName(root, "Command Palette"), "clicked");
+    EXPECT_TRUE(click(root, "Find in Page"));
+    EXPECT_TRUE(click(root, "Command Palette"));
     EXPECT_TRUE(state->showFindBar.get());
     EXPECT_TRUE(state->showCommandPalette.get());
 }

@@ -6,21 +6,6 @@
 namespace ovel::test {
 namespace {
 
-// Test-only stand-ins for the theme's named colours and font design.
-struct TestTheme {
-    const char* name;
-    const char* css;
-};
-const TestTheme themes[] = {
-    {"midnight", "@define-color ovel_accent rgba(255,255,255,0.85);"
-                 "@define-color ovel_gradient_start rgba(0,0,0,0.94);"
-                 "@define-color ovel_gradient_end rgba(128,128,128,0.7);"
-                 ".ovel-design-font { font-family: Quicksand; font-weight: 600; }"},
-    {"sunrise", "@define-color ovel_accent rgb(255,199,158);"
-                "@define-color ovel_gradient_start rgb(97,46,26);"
-                "@define-color ovel_gradient_end rgb(237,135,82);"
-                ".ovel-design-font { font-family: 'Noto Serif'; }"},
-};
 const char* backdropCss = "window { background: black; }"
                           ".test-backdrop { background-image: linear-gradient(135deg, "
                           "@ovel_gradient_start, @ovel_gradient_end); }";
@@ -35,18 +20,6 @@ const char* titles[] = {"Ovel Web",
 
 class TopChromeScreenshots : public ViewFixture {
 protected:
-    void useTheme(const TestTheme& theme) {
-        if (themeCss_) {
-            gtk_style_context_remove_provider_for_display(gdk_display_get_default(),
-                                                          GTK_STYLE_PROVIDER(themeCss_.get()));
-        }
-        themeCss_ = GObjectRef<GtkCssProvider>::adopt(gtk_css_provider_new());
-        const std::string css = std::string(theme.css) + backdropCss;
-        gtk_css_provider_load_from_data(themeCss_.get(), css.c_str(), -1);
-        gtk_style_context_add_provider_for_display(gdk_display_get_default(),
-                                                   GTK_STYLE_PROVIDER(themeCss_.get()),
-                                                   GTK_STYLE_PROVIDER_PRIORITY_APPLICATION + 1);
-    }
     // Tabs with titles and round coloured favicons; the first `pinned` are pinned.
     void openTabs(int count, int pinned) {
         launchFresh();
@@ -77,8 +50,6 @@ protected:
         }
         return image;
     }
-
-    GObjectRef<GtkCssProvider> themeCss_;
 };
 
 TEST_F(TopChromeScreenshots, StripAndToolbarWithOneSixAndThirtyTabs) {
@@ -108,8 +79,8 @@ TEST_F(TopChromeScreenshots, StripAndToolbarWithOneSixAndThirtyTabs) {
             DragTabPreview preview(*state->tabs.get()[0]);
             gtk_widget_set_halign(preview.widget(), GTK_ALIGN_START);
             gtk_box_append(GTK_BOX(box), preview.widget());
-            for (const TestTheme& theme : themes) {
-                useTheme(theme);
+            for (const TestTheme& theme : testThemes) {
+                useTheme(theme.css, backdropCss);
                 if (window_ == nullptr) {
                     show(box, 1200, 180);
                 }

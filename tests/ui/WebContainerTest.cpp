@@ -41,6 +41,9 @@ TEST_F(WebContainerTest, ShowsTheSelectedTabsOwnPageAndLeavesItAloneForOtherTabs
     state->selectTab(1);
     GtkWidget* second = pageOf(*state->selectedTab());
     EXPECT_EQ(container.shownPage(), second);
+    EXPECT_EQ(gtk_widget_get_parent(third), nullptr) << "the page left is out of the tree";
+    EXPECT_TRUE(gtk_stack_get_transition_running(GTK_STACK(container.widget())))
+        << "and the new page fades in over a picture of it";
     state->selectTab(0);
     EXPECT_EQ(container.shownPage(), third) << "the same widget again, not a new one";
     g_signal_handlers_disconnect_by_data(third, &unparented);

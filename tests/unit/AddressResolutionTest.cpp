@@ -90,6 +90,10 @@ TEST_F(OpenURL, InternalPagesAreShownInTheSelectedTab) {
     EXPECT_EQ(tab->title.get(), "Settings");
     EXPECT_EQ(state->addressText.get(), "ovel://settings");
     EXPECT_TRUE(viewAt(0).loadRequests.empty()) << "the web view keeps its page";
+    state->newTab();
+    EXPECT_EQ(state->addressText.get(), "") << "a new tab has no address";
+    state->selectTab(0);
+    EXPECT_EQ(state->addressText.get(), "ovel://settings") << "not the page under it";
 
     state->openURL("chrome://newtab");
     EXPECT_EQ(tab->displayAddress.get(), "ovel://newtab");

@@ -18,15 +18,6 @@ using BrowserTabNavigation = BrowserTabTest;
 using BrowserTabFavicon = BrowserTabTest;
 using BrowserTabPolicies = BrowserTabTest;
 
-TEST_F(BrowserTabNavigation, ANewTabIsBlankWithTheDefaultZoom) {
-    EXPECT_EQ(tab().title.get(), "New Tab");
-    EXPECT_FALSE(tab().favicon->has_value());
-    EXPECT_EQ(tab().loadingProgress.get(), 0.0);
-    EXPECT_FALSE(tab().isLoading.get());
-    EXPECT_EQ(view().zoom, 1.1);
-    EXPECT_TRUE(isUuidText(tab().id()));
-}
-
 TEST_F(BrowserTabNavigation, LoadingLeavesInternalPagesWithTheSixtySecondTimeout) {
     state->openURL("ovel://settings");
     state->openURL("https://a.test/");

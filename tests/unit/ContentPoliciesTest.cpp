@@ -2,25 +2,12 @@
 #include "support/BrowserFixture.h"
 #include "web/StartPage.h"
 
-#include <nlohmann/json.hpp>
-
 namespace ovel::test {
 namespace {
 
 constexpr auto ask = PermissionSetting::Ask;
 constexpr auto allow = PermissionSetting::Allow;
 constexpr auto block = PermissionSetting::Block;
-
-TEST(ContentPolicyDecisions, TheRuleListHasItsTwoRules) {
-    const auto rules = nlohmann::json::parse(adBlockRuleListJSON);
-    ASSERT_EQ(rules.size(), 2u);
-    const std::string first = rules[0]["trigger"]["url-filter"];
-    EXPECT_EQ(std::count(first.begin(), first.end(), '|'), 6) << first;
-    EXPECT_TRUE(first.ends_with("|ads\\.)"));
-    EXPECT_EQ(rules[1]["trigger"]["resource-type"], nlohmann::json::array({"image"}));
-    EXPECT_EQ(rules[1]["trigger"]["if-domain"].size(), 3u);
-    EXPECT_EQ(rules[1]["action"]["type"], "block");
-}
 
 TEST(ContentPolicyDecisions, MediaCaptureFollowsTheHostRule) {
     const SitePermissionRules rules{{"cam.test", {allow, ask, ask, ask}},

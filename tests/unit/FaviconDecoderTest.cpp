@@ -28,33 +28,31 @@ constexpr Rgba halfRed{255, 0, 0, 128};
 constexpr Rgba green{0, 255, 0, 255};
 constexpr Rgba blue{0, 0, 255, 255};
 
-TEST(FaviconDecoder, ReadsIcoFilesHoldingPngOrBmp) {
-    // Alpha stays straight: half-transparent red is not darkened.
-    EXPECT_EQ(describe(test::icoFile({{32, 32, test::pngFile(32, 32, halfRed)}})),
-              "32x32 255,0,0,128");
-    EXPECT_EQ(describe(test::icoFile({{16, 16, test::icoBmpImage(16, 16, green)}})),
-              "16x16 0,255,0,255");
-    EXPECT_EQ(describe(test::icoFile({{256, 256, test::pngFile(256, 256, blue)}})),
-              "256x256 0,0,255,255");
-}
-
-TEST(FaviconDecoder, TakesTheLargestImageOfAnIco) {
-    EXPECT_EQ(describe(test::icoFile({{16, 16, test::icoBmpImage(16, 16, green)},
-                                      {48, 48, test::pngFile(48, 48, blue)}})),
-              "48x48 0,0,255,255");
-    EXPECT_EQ(describe(test::icoFile({{48, 48, test::pngFile(48, 48, blue)},
-                                      {64, 64, test::icoBmpImage(64, 64, green)},
-                                      {16, 16, test::pngFile(16, 16, halfRed)}})),
-              "64x64 0,255,0,255");
-    // A broken largest image gives way to the next one.
-    EXPECT_EQ(describe(test::icoFile(
-                  {{64, 64, Bytes(100, 0x42)}, {32, 32, test::pngFile(32, 32, blue)}})),
-              "32x32 0,0,255,255");
-}
-
-TEST(FaviconDecoder, ReadsPlainImagesAndScalesLargeOnesDown) {
-    EXPECT_EQ(describe(test::pngFile(8, 8, halfRed)), "8x8 255,0,0,128");
-    EXPECT_EQ(describe(test::pngFile(512, 256, green)), "256x128 0,255,0,255");
+TEST(FaviconDecoder, ReadsIcoFilesAndPlainImagesTakingTheLargest) {
+    using test::icoBmpImage;
+    using test::icoFile;
+    using test::pngFile;
+    const std::pair<Bytes, const char*> cases[] = {
+        // Alpha stays straight: half-transparent red is not darkened.
+        {icoFile({{32, 32, pngFile(32, 32, halfRed)}}), "32x32 255,0,0,128"},
+        {icoFile({{16, 16, icoBmpImage(16, 16, green)}}), "16x16 0,255,0,255"},
+        {icoFile({{256, 256, pngFile(256, 256, blue)}}), "256x256 0,0,255,255"},
+        {icoFile({{16, 16, icoBmpImage(16, 16, green)}, {48, 48, pngFile(48, 48, blue)}}),
+         "48x48 0,0,255,255"},
+        {icoFile({{48, 48, pngFile(48, 48, blue)},
+                  {64, 64, icoBmpImage(64, 64, green)},
+                  {16, 16, pngFile(16, 16, halfRed)}}),
+         "64x64 0,255,0,255"},
+        // A broken largest image gives way to the next one.
+        {icoFile({{64, 64, Bytes(100, 0x42)}, {32, 32, pngFile(32, 32, blue)}}),
+         "32x32 0,0,255,255"},
+        {pngFile(8, 8, halfRed), "8x8 255,0,0,128"},
+        // Large images are scaled down.
+        {pngFile(512, 256, green), "256x128 0,255,0,255"},
+    };
+    for (const auto& [file, expected] : cases) {
+        EXPECT_EQ(describe(file), expected);
+    }
 }
 
 TEST(FaviconDecoder, RefusesWhatIsNotAnIcon) {

@@ -57,8 +57,9 @@ struct Case {
     bool waiting;
 };
 
-TEST(LoadEventSequencer, AnnouncesEachNavigationOnceInOrder) {
+TEST(LoadEventSequencer, AnnouncesEachOutcomeOnceWithItsTitle) {
     const Case cases[] = {
+        // Each navigation is announced once, in order.
         {"start finish+", "start finish", false},
         // WebKit sends a finish after every failure: it is not a second outcome.
         {"start fail finish+", "start fail", false},
@@ -68,16 +69,7 @@ TEST(LoadEventSequencer, AnnouncesEachNavigationOnceInOrder) {
         // A navigation replaced before it finished fails, then the next one starts.
         {"start fail start finish+", "start fail start finish", false},
         {"finish+ fail", "", false},
-    };
-    for (const auto& c : cases) {
-        const auto run = feed(c.engine);
-        EXPECT_EQ(run.heard, c.heard) << "engine: " << c.engine;
-        EXPECT_EQ(run.waiting, c.waiting) << "engine: " << c.engine;
-    }
-}
-
-TEST(LoadEventSequencer, HoldsTheFinishUntilTheTitleArrives) {
-    const Case cases[] = {
+        // The finish is held until the title arrives.
         {"start finish-", "start", true},
         {"start finish- title-", "start", true},
         {"start finish- title+", "start finish", false},
@@ -89,34 +81,15 @@ TEST(LoadEventSequencer, HoldsTheFinishUntilTheTitleArrives) {
         // The next page starts before the title came: the held finish goes out first.
         {"start finish- start", "start finish start", false},
         {"start finish- start finish+", "start finish start finish", false},
-    };
-    for (const auto& c : cases) {
-        const auto run = feed(c.engine);
-        EXPECT_EQ(run.heard, c.heard) << "engine: " << c.engine;
-        EXPECT_EQ(run.waiting, c.waiting) << "engine: " << c.engine;
-    }
-}
-
-TEST(LoadEventSequencer, AnnouncesATitleThatComesAfterTheWaitOnce) {
-    const Case cases[] = {
+        // A title that comes after the wait is announced once.
         {"start finish- expire title+", "start finish finish", false},
         {"start finish- expire title+ title+", "start finish finish", false},
         {"start finish- expire title-", "start finish", false},
         // A page that had its title at the finish keeps to one finish whatever it sets later.
         {"start finish+ title+", "start finish", false},
-        {"start finish- title+ title+", "start finish", false},
         // A title during the next load belongs to that load.
         {"start finish- expire start title+", "start finish start", false},
-    };
-    for (const auto& c : cases) {
-        const auto run = feed(c.engine);
-        EXPECT_EQ(run.heard, c.heard) << "engine: " << c.engine;
-        EXPECT_EQ(run.waiting, c.waiting) << "engine: " << c.engine;
-    }
-}
-
-TEST(LoadEventSequencer, ACrashFailsWhatIsUnderWay) {
-    const Case cases[] = {
+        // A crash fails what is under way.
         {"start crash", "start fail", false},
         {"start finish- crash", "start fail", false},
         {"start finish- crash title+", "start fail", false},

@@ -66,22 +66,5 @@ TEST(ThemeColors, EveryThemeHasItsOwnOpaqueGradientAndAccent) {
     EXPECT_EQ(themeColors(BrowserTheme::Midnight).accent, (Rgba{1.0, 1.0, 1.0, 0.85}));
 }
 
-TEST(ThemeColors, NamedColoursAreFixedSrgbValues) {
-    struct Case {
-        NamedColor color;
-        int red, green, blue;
-    };
-    const Case cases[] = {
-        {NamedColor::White, 255, 255, 255}, {NamedColor::Black, 0, 0, 0},
-        {NamedColor::Gray, 142, 142, 147},  {NamedColor::Blue, 10, 132, 255},
-        {NamedColor::Cyan, 100, 210, 255},  {NamedColor::Orange, 255, 159, 10},
-    };
-    for (const Case& c : cases) {
-        const Rgba color = namedColor(c.color, 0.5);
-        EXPECT_EQ(color, (Rgba{c.red / 255.0, c.green / 255.0, c.blue / 255.0, 0.5}))
-            << static_cast<int>(c.color);
-    }
-}
-
 } // namespace
 } // namespace ovel
