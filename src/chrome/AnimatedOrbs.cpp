@@ -68,8 +68,10 @@ constexpr std::array<OrbLayout, 2> orbLayouts{{
 }};
 
 constexpr std::int64_t breathMicroseconds = 6'000'000;
-// 20 frames a second at most; a little under 50 ms so a 60 Hz clock draws every third frame.
-constexpr std::int64_t minimumFrameMicroseconds = 64'000;
+// About ten frames a second: each frame redraws the glass over the orbs, and at this drift (at
+// most about 60 points a second) their blurred edges hide the steps. A little under 100 ms, so
+// a 60 Hz clock draws every sixth frame.
+constexpr std::int64_t minimumFrameMicroseconds = 96'000;
 
 double easeInOutQuad(double t) {
     return t < 0.5 ? 2 * t * t : 1 - std::pow(-2 * t + 2, 2) / 2;
