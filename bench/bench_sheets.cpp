@@ -9,6 +9,8 @@
 #include "state/BrowserState.h"
 #include "support/BrowserFixture.h"
 
+#include "WindowFrames.h"
+
 #include <benchmark/benchmark.h>
 #include <gtk/gtk.h>
 
@@ -61,18 +63,7 @@ struct SheetBench {
         }
     }
 
-    // Runs the main loop until the window has painted a frame.
-    void waitForFrame() {
-        GdkFrameClock* clock = gtk_widget_get_frame_clock(GTK_WIDGET(window));
-        bool painted = false;
-        const gulong handler = g_signal_connect_swapped(
-            clock, "after-paint", G_CALLBACK(+[](bool* flag) { *flag = true; }), &painted);
-        gtk_widget_queue_draw(GTK_WIDGET(window));
-        while (!painted) {
-            g_main_context_iteration(nullptr, TRUE);
-        }
-        g_signal_handler_disconnect(clock, handler);
-    }
+    void waitForFrame() { ovel::bench::waitForFrame(window); }
 
     // Seconds from `change` to the frame that follows it.
     template <typename Change> double timeToFrame(Change change) {

@@ -12,6 +12,8 @@
 #include "state/BrowserState.h"
 #include "support/BrowserFixture.h"
 
+#include "WindowFrames.h"
+
 #include <benchmark/benchmark.h>
 #include <gtk/gtk.h>
 
@@ -79,17 +81,7 @@ struct TabScaleBench {
         }
     }
 
-    void waitForFrame() {
-        GdkFrameClock* clock = gtk_widget_get_frame_clock(GTK_WIDGET(window));
-        bool painted = false;
-        const gulong handler = g_signal_connect_swapped(
-            clock, "after-paint", G_CALLBACK(+[](bool* flag) { *flag = true; }), &painted);
-        gtk_widget_queue_draw(GTK_WIDGET(window));
-        while (!painted) {
-            g_main_context_iteration(nullptr, TRUE);
-        }
-        g_signal_handler_disconnect(clock, handler);
-    }
+    void waitForFrame() { ovel::bench::waitForFrame(window); }
 
     // The UI thread's CPU seconds from `change` to the frame after it.
     template <typename Change> double cost(Change change) {
