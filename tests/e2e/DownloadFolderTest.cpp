@@ -1,7 +1,5 @@
-#include "state/BrowserState.h"
-#include "records/RecordsJson.h"
+#include "e2e/E2eSteps.h"
 #include "support/LoopbackServer.h"
-#include "support/ProcessBrowser.h"
 
 #include <gtest/gtest.h>
 
@@ -42,12 +40,7 @@ TEST(DownloadFolder, TheFolderUserDirsNamesIsUsed) {
     ProcessBrowser browser;
     std::ofstream(browser.configHome() + "/user-dirs.dirs")
         << "XDG_DOWNLOAD_DIR=\"$HOME/Incoming\"\n";
-    const std::string profileID = "0B1D2E3F-4A5B-4C6D-8E7F-8091A2B3C4D5";
-    writeStoredBlob(browser.settingsFile(), std::string(BrowserState::profilesKey),
-                    encodeProfiles({{profileID, "Default"}}));
-    writeStoredBlob(browser.settingsFile(),
-                    BrowserState::profileKey(BrowserState::sessionKeyBase, profileID),
-                    encodeSession({0, {{server.url("/get"), false}}}));
+    seedSession(browser, {0, {{server.url("/get")}}});
     ASSERT_TRUE(browser.launch());
 
     const fs::path saved = fs::path(browser.home()) / "Incoming" / "report.bin";

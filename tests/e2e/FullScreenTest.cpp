@@ -15,9 +15,7 @@ TEST(FullScreen, ShortcutsWindowAndAPageTakingTheWholeWindow) {
                               "<button style='width:100vw;height:100vh'"
                               " onclick='document.body.requestFullscreen()'>Play</button>");
     ProcessBrowser browser;
-    seedProfile(browser);
-    seedProfileBlob(browser, BrowserState::sessionKeyBase,
-                    encodeSession({0, {{server.url("/film")}}}));
+    seedSession(browser, {0, {{server.url("/film")}}});
     ASSERT_TRUE(browser.launch());
     ProcessBrowserDriver driver(browser);
     ASSERT_TRUE(driver.waitFor("push button", "Main Menu", 60s)) << driver.dump();

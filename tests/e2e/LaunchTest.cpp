@@ -1,86 +1,67 @@
-#include "state/BrowserState.h"
-#include "records/RecordsJson.h"
+#include "e2e/E2eSteps.h"
 #include "support/LoopbackServer.h"
-#include "support/ProcessBrowser.h"
 
 #include <gtest/gtest.h>
-
-#include <filesystem>
 
 namespace ovel::test {
 namespace {
 
 using namespace std::chrono_literals;
 
-TEST(BrowserLaunch, AFirstRunWritesOneDefaultProfileAndItsSession) {
+// A first run writes one "Default" profile and its session; a link given to a second launch
+// is handed over the session bus and opens in a new, selected tab of the running browser.
+TEST(BrowserLaunch, AFirstRunStoresItsProfileAndALinkFromASecondLaunchOpensInIt) {
+    LoopbackServer server;
+    server.serveHtml("/given", "<title>Given</title><p>given");
     ProcessBrowser browser;
     ASSERT_TRUE(browser.launch());
-
-    std::optional<std::vector<BrowserProfile>> profiles;
-    std::string sessionKey;
-    ASSERT_TRUE(ProcessBrowser::waitUntil(
-        [&] {
-            if (auto blob = readStoredValue(browser.settingsFile(), std::string(BrowserState::profilesKey))) {
-                profiles = decodeProfiles(*blob);
-            }
-            if (!profiles || profiles->empty()) {
-                return false;
-            }
-            sessionKey = BrowserState::profileKey(BrowserState::sessionKeyBase, profiles->front().id);
-            return readStoredValue(browser.settingsFile(), sessionKey).has_value();
-        },
-        60s))
+    ASSERT_TRUE(ProcessBrowser::waitUntil([&] { return storedSession(browser).has_value(); }, 60s))
         << "the store never held a profile and its session";
 
+    EXPECT_EQ(browser.runAgain({server.url("/given")}), 0)
+        << "the second launch hands the link over and leaves";
+    EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return server.requestCount("/given") > 0; }, 60s));
+    EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return storedTabCount(browser) == 2; }, 30s));
+    EXPECT_TRUE(browser.isRunning()) << "one browser, not two";
     EXPECT_EQ(browser.quit(), 0);
-    profiles = decodeProfiles(readStoredValue(browser.settingsFile(),
-                                              std::string(BrowserState::profilesKey)).value());
+
+    auto profiles = decodeProfiles(
+        readStoredValue(browser.settingsFile(), std::string(BrowserState::profilesKey)).value());
     ASSERT_TRUE(profiles);
     ASSERT_EQ(profiles->size(), 1u);
     EXPECT_EQ(profiles->front().name, "Default");
-    auto session = decodeSession(readStoredValue(browser.settingsFile(), sessionKey).value());
+    auto session = storedSession(browser);
     ASSERT_TRUE(session);
-    ASSERT_EQ(session->tabs.size(), 1u);
+    ASSERT_EQ(session->tabs.size(), 2u);
     EXPECT_FALSE(session->tabs[0].url) << "the start page has no address";
+    EXPECT_EQ(session->tabs[1].url, server.url("/given"));
+    EXPECT_EQ(session->selectedIndex, 1);
 }
 
-TEST(BrowserLaunch, ARestoredSessionLoadsEveryTabAndClampsTheSelection) {
-    LoopbackServer server;
-    for (const char* page : {"/one", "/two", "/three"}) {
-        server.serveHtml(page, std::string("<title>") + page + "</title><p>" + page);
-    }
+TEST(BrowserLaunch, TheMainMenuAndTheShortcutsOpenAndCloseTabs) {
     ProcessBrowser browser;
-    const std::string profileID = "5A3C8E1F-1111-4222-8333-444455556666";
-    writeStoredBlob(browser.settingsFile(), std::string(BrowserState::profilesKey),
-                    encodeProfiles({{profileID, "Default"}}));
-    const std::string sessionKey = BrowserState::profileKey(BrowserState::sessionKeyBase, profileID);
-    writeStoredBlob(browser.settingsFile(), sessionKey,
-                    encodeSession({7,
-                                   {{server.url("/one"), false},
-                                    {server.url("/two"), true},
-                                    {server.url("/three"), false}}}));
     ASSERT_TRUE(browser.launch());
+    ProcessBrowserDriver driver(browser);
+    auto tabsBecome = [&](std::size_t count) {
+        return ProcessBrowser::waitUntil([&] { return storedTabCount(browser) == count; }, 20s);
+    };
+    ASSERT_TRUE(driver.waitFor("push button", "Main Menu", 60s)) << driver.dump();
+    ASSERT_TRUE(tabsBecome(1));
 
-    EXPECT_TRUE(ProcessBrowser::waitUntil(
-        [&] {
-            return server.requestCount("/one") > 0 && server.requestCount("/two") > 0 &&
-                   server.requestCount("/three") > 0;
-        },
-        60s))
-        << "every restored tab loads its page, selected or not";
-    std::optional<SessionStore> written;
-    EXPECT_TRUE(ProcessBrowser::waitUntil(
-        [&] {
-            auto blob = readStoredValue(browser.settingsFile(), sessionKey);
-            written = blob ? decodeSession(*blob) : std::nullopt;
-            return written && written->selectedIndex == 2;
-        },
-        60s))
-        << "the session is written back with the clamped selection";
+    ASSERT_TRUE(driver.click("push button", "Main Menu"));
+    ASSERT_TRUE(driver.waitFor("menu item", "New Tab", 10s)) << driver.dump();
+    ASSERT_TRUE(driver.click("menu item", "New Tab"));
+    EXPECT_TRUE(tabsBecome(2)) << "the menu's New Tab opens a tab";
+
+    // The shortcuts work while the page has the keyboard.
+    ASSERT_TRUE(driver.clickAt(600, 450));
+    ASSERT_TRUE(driver.keys("ctrl+t"));
+    EXPECT_TRUE(tabsBecome(3)) << "Ctrl+T opens a tab";
+    ASSERT_TRUE(driver.keys("ctrl+w"));
+    EXPECT_TRUE(tabsBecome(2)) << "Ctrl+W closes the selected one";
+    ASSERT_TRUE(driver.keys("shift+ctrl+t"));
+    EXPECT_TRUE(tabsBecome(3)) << "Shift+Ctrl+T reopens it";
     EXPECT_EQ(browser.quit(), 0);
-    ASSERT_TRUE(written);
-    ASSERT_EQ(written->tabs.size(), 3u);
-    EXPECT_EQ(written->tabs[1], (TabStore{server.url("/two"), true}));
 }
 
 } // namespace

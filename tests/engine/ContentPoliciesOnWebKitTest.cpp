@@ -76,48 +76,6 @@ TEST_F(ContentPoliciesOnWebKit, ImageRuleBlocksImagesOnlyOnTheDomainsItNames) {
     EXPECT_EQ(server.requestCount("/photo.gif"), 1);
 }
 
-TEST_F(ContentPoliciesOnWebKit, BlockingSiteRuleAnswersThePageWithoutAskingTheUser) {
-    std::vector<std::string> questions;
-    engine->setPermissionPrompter([&](const PermissionQuestion& question, PermissionAnswer answer) {
-        questions.push_back(question.host);
-        answer(true);
-    });
-    // Fake camera and microphone, so capture works without devices.
-    webkit_settings_set_enable_mock_capture_devices(webkit_web_view_get_settings(webKitView(tab())),
-                                                    TRUE);
-    SitePermissionRule blocking;
-    blocking.camera = PermissionSetting::Block;
-    blocking.location = PermissionSetting::Block;
-    blocking.notifications = PermissionSetting::Block;
-    server.serveHtml("/asking", titled("Asking"));
-    const std::string askForLocation =
-        "try { navigator.geolocation.getCurrentPosition(() => {}, () => {}); return 'asked'; }"
-        " catch (e) { return e.message; }";
-    const std::string askForCamera =
-        "try { const s = await navigator.mediaDevices.getUserMedia({video: true});"
-        " s.getTracks().forEach(t => t.stop()); return 'stream'; }"
-        " catch (e) { return 'error ' + e.name; }";
-
-    // The rule is set as the settings page sets it, for the site shown; the page's next load
-    // runs under it.
-    state->openURL(server.url("/asking"));
-    ASSERT_TRUE(waitUntilShowing(tab(), server.url("/asking")));
-    state->setCurrentSiteRule(blocking);
-    state->reload();
-    ASSERT_TRUE(waitUntil([&] { return !isIdle(tab()); }) && waitUntilIdle(tab()));
-    EXPECT_EQ(runScript(webKitView(tab()), askForLocation), "Location blocked");
-    EXPECT_EQ(runScript(webKitView(tab()), "return await Notification.requestPermission();"),
-              "denied");
-    EXPECT_EQ(runScript(webKitView(tab()), askForCamera), "error NotAllowedError");
-    EXPECT_TRUE(questions.empty());
-
-    // A site without a rule: the camera is the user's to allow.
-    state->openURL(server.localhostUrl("/asking"));
-    ASSERT_TRUE(waitUntilShowing(tab(), server.localhostUrl("/asking")));
-    EXPECT_EQ(runScript(webKitView(tab()), askForCamera), "stream");
-    EXPECT_EQ(questions, std::vector<std::string>{"localhost"});
-}
-
 // The settings page files a rule under the state's key of the site; the engine's camera request
 // for the same page must find it, IPv6 literal hosts included.
 TEST_F(ContentPoliciesOnWebKit, ARuleSavedForAnIPv6SiteAnswersItsCameraRequests) {

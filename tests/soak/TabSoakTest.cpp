@@ -1,4 +1,5 @@
 #include "engine/BrowserOnWebKitFixture.h"
+#include "support/ProcessTree.h"
 
 #include <libsoup/soup.h>
 #include <malloc.h>
@@ -15,59 +16,9 @@ namespace fs = std::filesystem;
 namespace ovel::test {
 namespace {
 
-// A process below this one, as /proc tells it.
-struct ChildProcess {
-    int pid;
-    int parent;
-    std::string name;
-};
-
-// Every process descended from this one (the engine's helpers may sit behind a sandbox
-// launcher, so not only direct children).
-std::vector<ChildProcess> descendants() {
-    std::map<int, ChildProcess> all;
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        const std::string name = entry.path().filename().string();
-        if (name.empty() || !std::isdigit(static_cast<unsigned char>(name[0]))) {
-            continue;
-        }
-        std::ifstream stat(entry.path() / "stat");
-        std::string line;
-        if (!std::getline(stat, line)) {
-            continue;
-        }
-        // "pid (comm) state ppid ...": the command may hold spaces and parentheses.
-        const auto open = line.find('(');
-        const auto close = line.rfind(')');
-        if (open == std::string::npos || close == std::string::npos) {
-            continue;
-        }
-        std::istringstream rest(line.substr(close + 2));
-        char state = 0;
-        int parent = 0;
-        rest >> state >> parent;
-        const int pid = std::stoi(name);
-        all[pid] = ChildProcess{pid, parent, line.substr(open + 1, close - open - 1)};
-    }
-    std::set<int> family{int(getpid())};
-    std::vector<ChildProcess> found;
-    // Parents have lower numbers only until pids wrap; repeat until nothing new is found.
-    for (bool grew = true; grew;) {
-        grew = false;
-        for (const auto& [pid, process] : all) {
-            if (!family.count(pid) && family.count(process.parent)) {
-                family.insert(pid);
-                found.push_back(process);
-                grew = true;
-            }
-        }
-    }
-    return found;
-}
-
 std::string processSummary() {
     std::map<std::string, int> byName;
-    for (const auto& process : descendants()) {
+    for (const auto& process : descendantsOf(int(getpid()))) {
         ++byName[process.name];
     }
     std::string text;
@@ -88,10 +39,9 @@ long residentKiB() {
     return -1;
 }
 
-// The kernel keeps 15 characters of a command name: "WebKitWebProces".
 std::set<int> webProcessIDs() {
     std::set<int> pids;
-    for (const auto& process : descendants()) {
+    for (const auto& process : descendantsOf(int(getpid()))) {
         if (process.name.starts_with("WebKitWebProces")) {
             pids.insert(process.pid);
         }

@@ -52,15 +52,6 @@ bool ProcessBrowserDriver::click(const std::string& role, const std::string& nam
     return atspi({"click", role, name}).has_value();
 }
 
-std::optional<std::string> ProcessBrowserDriver::text(const std::string& role,
-                                                      const std::string& name) const {
-    auto value = atspi({"text", role, name});
-    if (value && !value->empty() && value->back() == '\n') {
-        value->pop_back();
-    }
-    return value;
-}
-
 std::optional<ProcessBrowserDriver::Extents>
 ProcessBrowserDriver::extents(const std::string& role, const std::string& name) const {
     const auto printed = atspi({"extents", role, name});

@@ -20,7 +20,6 @@ public:
                  std::chrono::milliseconds limit = std::chrono::seconds(30)) const;
     // Runs the control's click action; false when no such control shows.
     bool click(const std::string& role, const std::string& name) const;
-    std::optional<std::string> text(const std::string& role, const std::string& name) const;
     // Where the control is, relative to its window.
     struct Extents {
         int x, y, width, height;

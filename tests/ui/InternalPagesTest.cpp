@@ -206,28 +206,22 @@ TEST_F(InternalPagesTest, DownloadCardsShowTheButtonsOfTheirStatusAndStayPut) {
     ASSERT_NE(card, nullptr);
     EXPECT_FALSE(shown(findByName(page.widget(), "No downloads yet.")));
 
-    const struct {
-        DownloadStatus status;
-        std::optional<std::string> path;
-        std::vector<std::string> visible;
-    } cases[] = {
-        {DownloadStatus::Paused, std::nullopt, {"Resume", "Cancel"}},
-        {DownloadStatus::Finished, "/tmp/report.zip", {"Open In Finder"}},
-        {DownloadStatus::Failed, std::nullopt, {"Retry"}},
-    };
-    for (const auto& c : cases) {
-        tab->onDownloadEvent(download("report", c.status, 0.5, c.path));
-        mainQueue.drain();
-        EXPECT_EQ(page.cardFor("report"), card) << "the same card, updated";
-        std::vector<std::string> visible;
+    // Which buttons a status has is the unit tests' to check; here, that the card follows.
+    const auto visible = [&] {
+        std::vector<std::string> names;
         for (const char* name : {"Pause", "Resume", "Cancel", "Open In Finder", "Retry"}) {
             if (shown(findByName(card, name))) {
-                visible.emplace_back(name);
+                names.emplace_back(name);
             }
         }
-        EXPECT_EQ(visible, c.visible) << rawValue(c.status);
-        EXPECT_TRUE(shown(findByName(card, std::string(statusLabel(c.status)))));
-    }
+        return names;
+    };
+    EXPECT_EQ(visible(), (std::vector<std::string>{"Pause", "Cancel"}));
+    tab->onDownloadEvent(download("report", DownloadStatus::Failed, 0.5));
+    mainQueue.drain();
+    EXPECT_EQ(page.cardFor("report"), card) << "the same card, updated";
+    EXPECT_EQ(visible(), std::vector<std::string>{"Retry"});
+    EXPECT_TRUE(shown(findByName(card, "Failed")));
     EXPECT_TRUE(click(card, "Retry"));
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/report");
 

@@ -49,28 +49,10 @@ TEST_F(WebContainerTest, ShowsTheSelectedTabsOwnPageAndLeavesItAloneForOtherTabs
     g_signal_handlers_disconnect_by_data(third, &unparented);
 }
 
-// The theme's named colours, as the theme style sheet defines them: two themes to look at.
-constexpr const char* midnightColours = "@define-color ovel_accent #8fb4ff;"
-                                        "@define-color ovel_gradient_start #141b33;"
-                                        "@define-color ovel_gradient_end #2b1c46;";
-constexpr const char* sunsetColours = "@define-color ovel_accent #ffc38a;"
-                                      "@define-color ovel_gradient_start #8a3b3b;"
-                                      "@define-color ovel_gradient_end #d2794a;";
-
-void addColours(const char* css) {
-    GtkCssProvider* provider = gtk_css_provider_new();
-    gtk_css_provider_load_from_data(provider, css, -1);
-    gtk_style_context_add_provider_for_display(gdk_display_get_default(),
-                                               GTK_STYLE_PROVIDER(provider),
-                                               GTK_STYLE_PROVIDER_PRIORITY_APPLICATION - 1);
-    g_object_unref(provider);
-}
-
 TEST_F(WebContainerTest, ACrashedPageShowsAMessageWithReloadInItsTabOnly) {
     showPage(0, "https://shop.example.test/cart", "Cart");
     state->openInNewTab("https://news.test/");
     WebContainer container(*state, [this](const BrowserTab& tab) { return pageOf(tab); });
-    addColours(midnightColours);
     loadCss("crashed-page.css");
     show(container.widget(), 900, 560);
     state->selectTab(0);
@@ -86,10 +68,12 @@ TEST_F(WebContainerTest, ACrashedPageShowsAMessageWithReloadInItsTabOnly) {
               nullptr);
     // Past the cross-fade from the page.
     runMainLoopFor(400ms);
-    EXPECT_FALSE(saveScreenshot(container.widget(), "crashed-page-midnight").empty());
-    addColours(sunsetColours);
-    runMainLoopFor(100ms);
-    EXPECT_FALSE(saveScreenshot(container.widget(), "crashed-page-sunset").empty());
+    for (const TestTheme& theme : testThemes) {
+        useTheme(theme);
+        runMainLoopFor(100ms);
+        EXPECT_FALSE(
+            saveScreenshot(container.widget(), std::string("crashed-page-") + theme.name).empty());
+    }
 
     state->selectTab(1);
     EXPECT_EQ(container.shownPage(), pageOf(*state->tabs.get()[1])) << "other tabs are unharmed";

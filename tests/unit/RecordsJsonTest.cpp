@@ -129,8 +129,6 @@ TEST(RecordsJson, EnumerationRawValuesAreExactAndCaseSensitive) {
     EXPECT_EQ(browserThemeFromRaw("Midnight"), std::nullopt) << "labels are never raw values";
     EXPECT_EQ(searchEngineFromRaw("duckDuckGo"), SearchEngine::DuckDuckGo);
     EXPECT_EQ(searchEngineFromRaw("duckduckgo"), std::nullopt);
-    EXPECT_EQ(statusLabel(DownloadStatus::Started), "Downloading");
-    EXPECT_EQ(statusLabel(DownloadStatus::Cancelled), "Cancelled");
     for (BrowserTheme theme : allThemes) {
         EXPECT_EQ(browserThemeFromRaw(rawValue(theme)), theme);
     }

@@ -47,30 +47,6 @@ protected:
     }
 };
 
-TEST_F(SheetQueries, PaletteListsCommandsThenTabsThenWorkspaces) {
-    std::vector<std::string> lines;
-    for (const auto& action : commandPaletteActions(*state, "")) {
-        lines.push_back(action.title + " | " + action.subtitle);
-    }
-    const std::vector<std::string> expected{
-        "New Tab | Open a blank tab",
-        "Reopen Closed Tab | Restore the latest closed tab",
-        "Tab Overview | Open tab grid",
-        "Open Settings | Go to ovel://settings",
-        "Open Downloads | Go to ovel://downloads",
-        "Open History | Go to ovel://history",
-        "Open Workspaces | Go to ovel://workspaces",
-        "Close Duplicate Tabs | Keep one copy of each page",
-        "Close Other Tabs | Keep only current tab",
-        "Switch to New Tab | Start Page",
-        "Switch to Morning Tabloid | news.example.com",
-        "Switch to Kernel docs | docs.kernel.org",
-        "Switch to New Tab | Start Page",
-        "Restore Workspace: Solo | 1 tab(s)",
-    };
-    EXPECT_EQ(lines, expected);
-}
-
 TEST_F(SheetQueries, PaletteFilter) {
     const auto all = paletteTitles("");
     const struct {

@@ -125,29 +125,6 @@ TEST_F(SqliteSettingsStoreTest, KeepsEachValueByteExactWithItsTypeAcrossReopenin
     EXPECT_TRUE(movedAside().empty());
 }
 
-TEST_F(SqliteSettingsStoreTest, OverwritesAndRemovesAndAnotherStoreOnTheFileSeesIt) {
-    auto settings = SqliteSettingsStore::open(file);
-    settings->setString("key", "text");
-    settings->setData("key", "bytes");
-    expectReadsBack(*settings, {"key", Kind::Data, "bytes"});
-    settings->setBoolean("key", true);
-    settings->setBoolean("key", false);
-    expectReadsBack(*settings, {"key", Kind::Bool, "0"});
-    settings->setString("other", "stays");
-    settings->remove("key");
-    settings->remove("absent key");
-
-    // Another store on the same file sees the writes once they are on disk, and the other way
-    // round.
-    ASSERT_TRUE(settings->flush());
-    auto other = SqliteSettingsStore::open(file);
-    expectReadsBack(*other, {"key", Kind::Absent, {}});
-    expectReadsBack(*other, {"other", Kind::String, "stays"});
-    other->setData("shared", "two");
-    ASSERT_TRUE(other->flush());
-    EXPECT_EQ(settings->data("shared"), "two");
-}
-
 // Writes hop between keys and types and removals, many times each: after a flush the file holds
 // each key's last form, as a fresh store on it reads.
 TEST_F(SqliteSettingsStoreTest, AFlushLeavesTheLastOfManyWritesInTheFile) {

@@ -135,20 +135,6 @@ TEST_F(PageRequestsOnWebKit, TheNewWindowLoadsInTheViewMadeForItAndKnowsItsOpene
     opener.delegate.newWindowView.reset();
 }
 
-TEST_F(PageRequestsOnWebKit, AKilledWebProcessIsACrashThatAReloadMends) {
-    auto& page = openLoaded("/target");
-    auto& other = openLoaded("/");
-    webkit_web_view_terminate_web_process(page.webKitView());
-    ASSERT_TRUE(waitUntil([&] { return page.delegate.count("terminated") == 1; })) << page.events();
-    EXPECT_EQ(other.delegate.count("terminated"), 0u);
-    EXPECT_EQ(page.view->url(), server.url("/target")) << "the address stays to reload";
-
-    page.view->reload();
-    ASSERT_TRUE(page.waitForOutcomes(2)) << page.events();
-    EXPECT_EQ(page.delegate.events.back(), "finish 'Target' " + server.url("/target"));
-    EXPECT_EQ(page.delegate.count("terminated"), 1u) << "a reload is not a crash";
-}
-
 TEST_F(PageRequestsOnWebKit, ASiteAsksToSignInAndTheAnswerDecidesTheLoad) {
     server.handle("/vault", [](SoupServerMessage* message, const LoopbackServer::Request& request) {
         auto auth = request.headers.find("Authorization");

@@ -4,7 +4,6 @@
 //   atspi_driver APP exists ROLE NAME      exit 0 when a showing element matches
 //   atspi_driver APP click ROLE NAME       runs the element's first action ("click")
 //   atspi_driver APP extents ROLE NAME     prints x y width height, window-relative
-//   atspi_driver APP text ROLE NAME        prints the element's text
 // ROLE is AT-SPI's role name ("push button", "toggle button", "menu item", "text", "label");
 // NAME is the accessible name, matched exactly. Only elements inside visible parents count.
 #include <atspi/atspi.h>
@@ -91,29 +90,6 @@ void dump(AtspiAccessible* node, int depth) {
     }
 }
 
-// An entry's text lives in the editable text inside it; GTK 4.8 gives the entry itself an
-// empty one. The first non-empty text of the element or its descendants.
-std::string textOf(AtspiAccessible* node, int depth) {
-    if (AtspiText* text = atspi_accessible_get_text_iface(node)) {
-        std::string value = takeString(atspi_text_get_text(text, 0, -1, nullptr));
-        g_object_unref(text);
-        if (!value.empty()) {
-            return value;
-        }
-    }
-    const int count = atspi_accessible_get_child_count(node, nullptr);
-    for (int i = 0; i < count && depth < 8; ++i) {
-        if (AtspiAccessible* child = atspi_accessible_get_child_at_index(node, i, nullptr)) {
-            std::string value = textOf(child, depth + 1);
-            g_object_unref(child);
-            if (!value.empty()) {
-                return value;
-            }
-        }
-    }
-    return {};
-}
-
 AtspiAccessible* application(const std::string& name) {
     AtspiAccessible* desktop = atspi_get_desktop(0);
     const int count = atspi_accessible_get_child_count(desktop, nullptr);
@@ -180,8 +156,6 @@ int main(int argc, char** argv) {
         if (component != nullptr) {
             g_object_unref(component);
         }
-    } else if (command == "text") {
-        std::printf("%s\n", textOf(element, 0).c_str());
     } else if (command != "exists") {
         status = 2;
     }
