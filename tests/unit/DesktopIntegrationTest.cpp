@@ -44,7 +44,7 @@ TEST_F(DesktopIntegration, APageNotificationGoesToTheDesktopUnderItsTab) {
     page.pageDidCloseNotification(7);
 
     ASSERT_EQ(desktop.shownNotifications.size(), 2u);
-    const DesktopNotification& first = desktop.shownNotifications[0];
+    const DesktopNotification first = desktop.shownNotifications[0];
     EXPECT_EQ(first, (DesktopNotification{first.id, "<b>Mail</b>", "2 new", second.id()}));
     EXPECT_NE(first.id, desktop.shownNotifications[1].id);
     EXPECT_EQ(desktop.withdrawnNotifications, std::vector<std::string>{first.id});
