@@ -22,15 +22,6 @@ TEST(FullScreen, ShortcutsWindowAndAPageTakingTheWholeWindow) {
     // The page is not in the accessibility tree: its tab's title tells it has loaded.
     ASSERT_TRUE(driver.waitFor("label", "Film", 30s)) << driver.dump();
 
-    // Ctrl+? lists the shortcuts; Escape closes the list.
-    ASSERT_TRUE(driver.clickAt(600, 40));
-    ASSERT_TRUE(driver.keys("ctrl+question"));
-    EXPECT_TRUE(driver.waitFor("frame", "Keyboard Shortcuts", 20s)) << driver.dump();
-    EXPECT_TRUE(driver.waitFor("label", "Reopen Last Closed Tab", 5s)) << driver.dump();
-    ASSERT_TRUE(driver.keys("Escape"));
-    ASSERT_TRUE(ProcessBrowser::waitUntil(
-        [&] { return !driver.exists("frame", "Keyboard Shortcuts"); }, 20s));
-
     // The page's full screen hides the tab strip and the toolbar; Escape gives them back.
     auto chromeShown = [&] {
         return driver.exists("push button", "Main Menu") && driver.exists("text", "Address");
@@ -43,6 +34,18 @@ TEST(FullScreen, ShortcutsWindowAndAPageTakingTheWholeWindow) {
     EXPECT_TRUE(ProcessBrowser::waitUntil(chromeHidden, 20s)) << driver.dump();
     ASSERT_TRUE(driver.keys("Escape"));
     EXPECT_TRUE(ProcessBrowser::waitUntil(chromeShown, 20s)) << driver.dump();
+
+    // Ctrl+? lists the shortcuts; Escape closes the list.
+    ASSERT_TRUE(driver.clickAt(600, 40));
+    ASSERT_TRUE(driver.keys("ctrl+question"));
+    EXPECT_TRUE(driver.waitFor("frame", "Keyboard Shortcuts", 20s)) << driver.dump();
+    EXPECT_TRUE(driver.waitFor("label", "Reopen Last Closed Tab", 5s)) << driver.dump();
+    // The window goes away between the key's press and release, which xdotool reports as an
+    // error: what counts is that it closed.
+    driver.keys("Escape", "Shortcuts");
+    ASSERT_TRUE(ProcessBrowser::waitUntil(
+        [&] { return !driver.exists("frame", "Keyboard Shortcuts"); }, 20s));
+
     EXPECT_EQ(browser.quit(), 0);
 }
 

@@ -67,10 +67,10 @@ std::string ProcessBrowserDriver::dump() const {
     return atspi({"dump"}).value_or("(no tree)");
 }
 
-bool ProcessBrowserDriver::keys(const std::string& combination) const {
+bool ProcessBrowserDriver::keys(const std::string& combination, const std::string& window) const {
     // Without a window manager nothing gives the window focus: xdotool does.
-    return run({"xdotool", "search", "--sync", "--limit", "1", "--name", "^Ovel Web$",
-                "windowfocus", "--sync", "key", "--clearmodifiers", combination})
+    return run({"xdotool", "search", "--sync", "--limit", "1", "--name", window, "windowfocus",
+                "--sync", "key", "--clearmodifiers", combination})
         .has_value();
 }
 

@@ -29,7 +29,8 @@ public:
     std::string dump() const;
 
     // Presses keys on the browser's window: xdotool's names, e.g. "ctrl+t", "Return".
-    bool keys(const std::string& combination) const;
+    // `window` is a pattern of the window's title: the browser's, unless a dialog is meant.
+    bool keys(const std::string& combination, const std::string& window = "^Ovel Web$") const;
     bool type(const std::string& text) const;
     // A click at a point of the window: button 1 is the left one, 2 the middle, 3 the right.
     bool clickAt(int x, int y, int button = 1) const;
