@@ -69,9 +69,17 @@ std::string ProcessBrowserDriver::dump() const {
 
 bool ProcessBrowserDriver::keys(const std::string& combination, const std::string& window) const {
     // Without a window manager nothing gives the window focus: xdotool does.
-    return run({"xdotool", "search", "--sync", "--limit", "1", "--name", window, "windowfocus",
-                "--sync", "key", "--clearmodifiers", combination})
-        .has_value();
+    if (window == "^Ovel Web$") {
+        return run({"xdotool", "search", "--sync", "--limit", "1", "--name", window, "windowfocus",
+                    "--sync", "key", "--clearmodifiers", combination})
+            .has_value();
+    }
+    // A dialog may close on the key: sent to the focus rather than to the window, so that its
+    // release does not go to a window that is gone (xdotool would stop half-way, keys held).
+    return run({"xdotool", "search", "--sync", "--onlyvisible", "--limit", "1", "--name", window,
+                "windowfocus", "--sync"})
+               .has_value() &&
+           run({"xdotool", "key", combination}).has_value();
 }
 
 bool ProcessBrowserDriver::type(const std::string& text) const {
