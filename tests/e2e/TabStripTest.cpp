@@ -36,6 +36,8 @@ TEST(TabStrip, DraggingPinningAndClosingWithThePointer) {
     EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return firstUrl() == server.url("/three"); }, 20s))
         << "the drop reorders the stored session";
 
+    // The drag ends and the items glide to their places before the next click.
+    ProcessBrowser::waitUntil([] { return false; }, 1500ms);
     ASSERT_TRUE(clickTab(driver, "Alpha page", 3));
     ASSERT_TRUE(driver.waitFor("menu item", "Pin Tab", 10s)) << driver.dump();
     ASSERT_TRUE(driver.click("menu item", "Pin Tab"));
