@@ -67,6 +67,8 @@ TEST(TabStrip, TheMenuPinsAndTheMiddleButtonCloses) {
     ASSERT_TRUE(clickTab(tabs.driver, "Bravo page", 2));
     EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return storedTabCount(tabs.browser) == 2; }, 20s))
         << "a middle click closes a tab";
+    EXPECT_TRUE(ProcessBrowser::waitUntil(
+        [&] { return !tabs.driver.exists("page tab", "Bravo page"); }, 10s));
 
     ASSERT_TRUE(clickTab(tabs.driver, "Charlie page", 3));
     ASSERT_TRUE(tabs.driver.waitFor("menu item", "Pin Tab", 10s)) << tabs.driver.dump();

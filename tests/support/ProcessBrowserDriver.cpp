@@ -53,7 +53,7 @@ bool ProcessBrowserDriver::click(const std::string& role, const std::string& nam
 }
 
 std::optional<ProcessBrowserDriver::Extents>
-ProcessBrowserDriver::extents(const std::string& role, const std::string& name) const {
+ProcessBrowserDriver::extentsNow(const std::string& role, const std::string& name) const {
     const auto printed = atspi({"extents", role, name});
     Extents area{};
     if (!printed || std::sscanf(printed->c_str(), "%d %d %d %d", &area.x, &area.y, &area.width,
@@ -61,6 +61,27 @@ ProcessBrowserDriver::extents(const std::string& role, const std::string& name) 
         return std::nullopt;
     }
     return area;
+}
+
+std::optional<ProcessBrowserDriver::Extents>
+ProcessBrowserDriver::extents(const std::string& role, const std::string& name) const {
+    // A control that was just shown, or whose neighbours just went, may still be on its way to
+    // its place: a click at a position read mid-way lands beside it. Wait until two readings a
+    // moment apart agree.
+    auto last = extentsNow(role, name);
+    for (int reading = 0; last && reading < 20; ++reading) {
+        g_usleep(150'000);
+        auto next = extentsNow(role, name);
+        if (!next) {
+            return std::nullopt;
+        }
+        if (next->x == last->x && next->y == last->y && next->width == last->width &&
+            next->height == last->height) {
+            return next;
+        }
+        last = next;
+    }
+    return last;
 }
 
 std::string ProcessBrowserDriver::dump() const {

@@ -20,7 +20,7 @@ public:
                  std::chrono::milliseconds limit = std::chrono::seconds(30)) const;
     // Runs the control's click action; false when no such control shows.
     bool click(const std::string& role, const std::string& name) const;
-    // Where the control is, relative to its window.
+    // Where the control is, relative to its window, once it has stopped moving.
     struct Extents {
         int x, y, width, height;
     };
@@ -42,6 +42,7 @@ private:
     // Runs a command, returning its standard output when it exits with status 0.
     std::optional<std::string> run(const std::vector<std::string>& argv) const;
     std::optional<std::string> atspi(const std::vector<std::string>& arguments) const;
+    std::optional<Extents> extentsNow(const std::string& role, const std::string& name) const;
 
     const ProcessBrowser& browser_;
 };
