@@ -21,6 +21,16 @@ std::string_view SettingChange::typeName(Kind kind) {
     return {};
 }
 
+const std::string& PendingChange::bytes() const {
+    std::call_once(encoded_, [this] {
+        if (change_.encode) {
+            change_.bytes = change_.encode();
+            change_.encode = nullptr; // frees what it captured
+        }
+    });
+    return change_.bytes;
+}
+
 SettingsWriter::SettingsWriter(sqlite3* db) : db_(db) {
     if (db_) {
         thread_ = std::thread([this] { run(); });
@@ -40,7 +50,7 @@ SettingsWriter::~SettingsWriter() {
 }
 
 void SettingsWriter::put(std::string_view key, SettingChange change) {
-    auto shared = std::make_shared<const SettingChange>(std::move(change));
+    auto shared = std::make_shared<const PendingChange>(std::move(change));
     {
         std::lock_guard lock(mutex_);
         // The value it replaces may still be in a transaction under way, which holds it too.
@@ -49,7 +59,7 @@ void SettingsWriter::put(std::string_view key, SettingChange change) {
     work_.notify_one();
 }
 
-std::shared_ptr<const SettingChange> SettingsWriter::pending(std::string_view key) const {
+std::shared_ptr<const PendingChange> SettingsWriter::pending(std::string_view key) const {
     std::lock_guard lock(mutex_);
     const auto found = pending_.find(key);
     return found == pending_.end() ? nullptr : found->second.change;
@@ -133,7 +143,7 @@ std::string SettingsWriter::commit(const Batch& batch) {
     }
     std::string error;
     for (const auto& [key, change] : batch) {
-        const bool removing = change->kind == SettingChange::Kind::Removed;
+        const bool removing = change->kind() == SettingChange::Kind::Removed;
         sqlite3_stmt* statement = removing ? delete_ : upsert_;
         if (!statement) {
             error = "cannot prepare statements";
@@ -142,17 +152,18 @@ std::string SettingsWriter::commit(const Batch& batch) {
         StatementUse use(statement);
         bool bound = bindText(statement, 1, key);
         if (!removing) {
-            bound = bound && bindText(statement, 2, SettingChange::typeName(change->kind));
-            switch (change->kind) {
+            bound = bound && bindText(statement, 2, SettingChange::typeName(change->kind()));
+            switch (change->kind()) {
             case SettingChange::Kind::Bool:
-                bound = bound && sqlite3_bind_int(statement, 3, change->flag ? 1 : 0) == SQLITE_OK;
+                bound =
+                    bound && sqlite3_bind_int(statement, 3, change->flag() ? 1 : 0) == SQLITE_OK;
                 break;
             case SettingChange::Kind::String:
-                bound = bound && bindText(statement, 3, change->bytes);
+                bound = bound && bindText(statement, 3, change->bytes());
                 break;
             case SettingChange::Kind::Data:
             case SettingChange::Kind::Removed:
-                bound = bound && bindBlob(statement, 3, change->bytes);
+                bound = bound && bindBlob(statement, 3, change->bytes());
                 break;
             }
         }

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -21,9 +22,25 @@ struct SettingChange {
     Kind kind = Kind::Removed;
     std::string bytes; // String and Data
     bool flag = false; // Bool
+    // When set, a Data change's bytes are what it returns, made when first needed.
+    std::function<std::string()> encode;
 
     // The text in the table's `type` column; Removed has none.
     static std::string_view typeName(Kind kind);
+};
+
+// A change put and not yet committed. A change given as an encoder gets its bytes on first use,
+// once, on the writer's thread or in a read, whichever comes first.
+class PendingChange {
+public:
+    explicit PendingChange(SettingChange change) : change_(std::move(change)) {}
+    SettingChange::Kind kind() const { return change_.kind; }
+    bool flag() const { return change_.flag; }
+    const std::string& bytes() const;
+
+private:
+    mutable std::once_flag encoded_;
+    mutable SettingChange change_;
 };
 
 // Commits the settings store's writes on a thread of its own, so the caller never waits for the
@@ -48,17 +65,17 @@ public:
 
     void put(std::string_view key, SettingChange change);
     // The change to `key` not yet committed, or null.
-    std::shared_ptr<const SettingChange> pending(std::string_view key) const;
+    std::shared_ptr<const PendingChange> pending(std::string_view key) const;
     // Waits until every change put so far is committed (retrying failed ones once); true when
     // they are all on disk.
     bool flush();
 
 private:
     struct Entry {
-        std::shared_ptr<const SettingChange> change;
+        std::shared_ptr<const PendingChange> change;
         std::uint64_t sequence = 0;
     };
-    using Batch = std::vector<std::pair<std::string, std::shared_ptr<const SettingChange>>>;
+    using Batch = std::vector<std::pair<std::string, std::shared_ptr<const PendingChange>>>;
 
     void run();
     // Writes the batch in one transaction; an empty answer means it is committed, else the

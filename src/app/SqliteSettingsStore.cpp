@@ -235,7 +235,11 @@ std::optional<SettingChange> SqliteSettingsStore::read(std::string_view key,
                                                        SettingChange::Kind kind) const {
     // A write not yet committed is newer than anything in the file.
     if (const auto pending = writer_->pending(key)) {
-        return pending->kind == kind ? std::optional(*pending) : std::nullopt;
+        if (pending->kind() != kind) {
+            return std::nullopt;
+        }
+        return SettingChange{
+            .kind = kind, .bytes = pending->bytes(), .flag = pending->flag(), .encode = {}};
     }
     std::lock_guard lock(readMutex_);
     if (!select_) {
@@ -249,7 +253,7 @@ std::optional<SettingChange> SqliteSettingsStore::read(std::string_view key,
     if (!storedType || SettingChange::typeName(kind) != storedType) {
         return std::nullopt;
     }
-    SettingChange value{.kind = kind, .bytes = {}, .flag = false};
+    SettingChange value{.kind = kind, .bytes = {}, .flag = false, .encode = {}};
     if (kind == SettingChange::Kind::Bool) {
         if (sqlite3_column_type(select_, 1) != SQLITE_INTEGER) {
             return std::nullopt;
@@ -281,19 +285,34 @@ std::optional<std::string> SqliteSettingsStore::data(std::string_view key) const
 }
 
 void SqliteSettingsStore::setString(std::string_view key, std::string_view value) {
-    writer_->put(key, {.kind = SettingChange::Kind::String, .bytes = std::string(value)});
+    writer_->put(key, {.kind = SettingChange::Kind::String,
+                       .bytes = std::string(value),
+                       .flag = false,
+                       .encode = {}});
 }
 
 void SqliteSettingsStore::setBoolean(std::string_view key, bool value) {
-    writer_->put(key, {.kind = SettingChange::Kind::Bool, .bytes = {}, .flag = value});
+    writer_->put(key,
+                 {.kind = SettingChange::Kind::Bool, .bytes = {}, .flag = value, .encode = {}});
 }
 
 void SqliteSettingsStore::setData(std::string_view key, std::string_view bytes) {
-    writer_->put(key, {.kind = SettingChange::Kind::Data, .bytes = std::string(bytes)});
+    writer_->put(key, {.kind = SettingChange::Kind::Data,
+                       .bytes = std::string(bytes),
+                       .flag = false,
+                       .encode = {}});
+}
+
+void SqliteSettingsStore::setDataFrom(std::string_view key, std::function<std::string()> encode) {
+    writer_->put(key, {.kind = SettingChange::Kind::Data,
+                       .bytes = {},
+                       .flag = false,
+                       .encode = std::move(encode)});
 }
 
 void SqliteSettingsStore::remove(std::string_view key) {
-    writer_->put(key, {.kind = SettingChange::Kind::Removed, .bytes = {}, .flag = false});
+    writer_->put(key,
+                 {.kind = SettingChange::Kind::Removed, .bytes = {}, .flag = false, .encode = {}});
 }
 
 } // namespace ovel

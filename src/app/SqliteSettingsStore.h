@@ -43,6 +43,7 @@ public:
     void setString(std::string_view key, std::string_view value) override;
     void setBoolean(std::string_view key, bool value) override;
     void setData(std::string_view key, std::string_view bytes) override;
+    void setDataFrom(std::string_view key, std::function<std::string()> encode) override;
     void remove(std::string_view key) override;
 
     // Waits until every write made so far is on disk; false when some could not be saved (or

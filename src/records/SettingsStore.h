@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,6 +24,13 @@ public:
     virtual void setString(std::string_view key, std::string_view value) = 0;
     virtual void setBoolean(std::string_view key, bool value) = 0;
     virtual void setData(std::string_view key, std::string_view bytes) = 0;
+    // Stores the bytes `encode` makes. A store that commits on a thread of its own runs it there
+    // (or in a read of the key, whichever comes first; not at all when the key is written again
+    // before), so the caller's thread does not spend the time encoding: `encode` must own what it
+    // reads. Here it runs at once.
+    virtual void setDataFrom(std::string_view key, std::function<std::string()> encode) {
+        setData(key, encode());
+    }
     virtual void remove(std::string_view key) = 0;
 };
 

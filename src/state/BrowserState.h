@@ -9,6 +9,7 @@
 #include "web/Published.h"
 #include "web/WebView.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -270,7 +271,8 @@ private:
     void recordDownload(const DownloadEvent& event);
     void configureUserScripts(BrowserTab& tab, const std::optional<Url>& url);
 
-    void saveBlob(std::string_view base, const std::string& profileID, const std::string& blob);
+    void saveBlob(std::string_view base, const std::string& profileID,
+                  std::function<std::string()> encode);
 
     BrowserServices services_;
     std::vector<TabStore> closedTabs_;

@@ -37,13 +37,14 @@ void BrowserState::recordHistory(const Url& url, const std::string& title) {
     if (!historyEntries->empty() && historyEntries->front().url == address) {
         return;
     }
+    // One change, so the full history is saved once per visit.
     historyEntries.modify([&](auto& list) {
         list.insert(list.begin(), HistoryEntry{services_.uuids.makeUuid(), title, address,
                                                services_.clock.now()});
+        if (list.size() > maxHistoryEntries) {
+            list.pop_back();
+        }
     });
-    if (historyEntries->size() > maxHistoryEntries) {
-        historyEntries.modify([](auto& list) { list.pop_back(); });
-    }
 }
 
 void BrowserState::clearHistory() {

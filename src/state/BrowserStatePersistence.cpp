@@ -17,12 +17,13 @@ void BrowserState::persistSession(const std::optional<std::string>& profileID) {
     for (const auto& tab : tabs.get()) {
         session.tabs.push_back(tab->storedRecord());
     }
-    saveBlob(sessionKeyBase, profileID.value_or(activeProfileID.get()), encodeSession(session));
+    saveBlob(sessionKeyBase, profileID.value_or(activeProfileID.get()),
+             [session = std::move(session)] { return encodeSession(session); });
 }
 
 void BrowserState::persistClosedTabs(const std::optional<std::string>& profileID) {
     saveBlob(closedTabsKeyBase, profileID.value_or(activeProfileID.get()),
-             encodeClosedTabs(closedTabs_));
+             [tabs = closedTabs_] { return encodeClosedTabs(tabs); });
 }
 
 void BrowserState::persistProfiles() {
@@ -35,27 +36,30 @@ void BrowserState::saveBookmarks(const std::string& profileID, const std::vector
     for (const Bookmark& bookmark : list) {
         stored.push_back({bookmark.title, bookmark.url});
     }
-    saveBlob(bookmarksKeyBase, profileID, encodeBookmarks(stored));
+    saveBlob(bookmarksKeyBase, profileID,
+             [stored = std::move(stored)] { return encodeBookmarks(stored); });
 }
 
 void BrowserState::saveHistory(const std::string& profileID,
                                const std::vector<HistoryEntry>& list) {
-    saveBlob(historyKeyBase, profileID, encodeHistory(list));
+    saveBlob(historyKeyBase, profileID, [list] { return encodeHistory(list); });
 }
 
 void BrowserState::saveSitePermissions(const std::string& profileID,
                                        const SitePermissionRules& rules) {
-    saveBlob(sitePermissionsKeyBase, profileID, encodeSitePermissions(rules));
+    saveBlob(sitePermissionsKeyBase, profileID, [rules] { return encodeSitePermissions(rules); });
 }
 
 void BrowserState::saveWorkspaceSnapshots(const std::string& profileID,
                                           const std::vector<WorkspaceSnapshot>& list) {
-    saveBlob(workspaceSnapshotsKeyBase, profileID, encodeWorkspaceSnapshots(list));
+    saveBlob(workspaceSnapshotsKeyBase, profileID,
+             [list] { return encodeWorkspaceSnapshots(list); });
 }
 
 void BrowserState::saveBlob(std::string_view base, const std::string& profileID,
-                            const std::string& blob) {
-    services_.settings.setData(profileKey(base, profileID), blob);
+                            std::function<std::string()> encode) {
+    // The store may encode on its own thread: the UI thread only copies the records.
+    services_.settings.setDataFrom(profileKey(base, profileID), std::move(encode));
 }
 
 std::vector<Bookmark> BrowserState::loadBookmarks(const std::string& profileID) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <atomic>
 #include <fstream>
 #include <iterator>
 #include <regex>
@@ -171,6 +172,13 @@ TEST_F(SqliteSettingsStoreTest, ReadsSeeWritesBeforeTheyAreCommitted) {
     for (const auto& row : rows) {
         expectReadsBack(*settings, row);
     }
+    // A blob given as its encoder is made once, whether a read or the commit needs it first.
+    std::atomic<int> encodings = 0;
+    settings->setDataFrom("encoded", [&encodings] {
+        ++encodings;
+        return "made"s;
+    });
+    EXPECT_EQ(settings->data("encoded"), "made");
     // The rows another connection reads, as "key=value" in key order.
     const auto onDisk = [other] {
         std::string text;
@@ -188,7 +196,8 @@ TEST_F(SqliteSettingsStoreTest, ReadsSeeWritesBeforeTheyAreCommitted) {
     ASSERT_EQ(sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr), SQLITE_OK);
 
     EXPECT_TRUE(settings->flush());
-    EXPECT_EQ(onDisk(), "new=1 theme=citrus");
+    EXPECT_EQ(onDisk(), "encoded=made new=1 theme=citrus");
+    EXPECT_EQ(encodings, 1);
     sqlite3_close(other);
     for (const auto& row : rows) {
         expectReadsBack(*settings, row);
