@@ -53,6 +53,34 @@ protected:
         return launch();
     }
 
+    // Starts on an empty store with tabs T1..Tn, tab N showing https://tN.test/ titled "TN", the
+    // last one selected.
+    BrowserState& launchWithTabs(int count) {
+        launchFresh();
+        for (int i = 1; i <= count; ++i) {
+            if (i > 1) {
+                state->newTab();
+            }
+            showPage(i - 1, "https://t" + std::to_string(i) + ".test/", "T" + std::to_string(i));
+        }
+        return *state;
+    }
+
+    // The strip by the tabs' titles, as "T1p T2 [T3]": p marks a pinned tab, brackets the
+    // selected one.
+    std::string strip() const {
+        std::string text;
+        for (std::size_t i = 0; i < state->tabs->size(); ++i) {
+            const BrowserTab& tab = *state->tabs.get()[i];
+            std::string name = tab.title.get() + (tab.isPinned.get() ? "p" : "");
+            if (static_cast<int>(i) == state->selectedIndex.get()) {
+                name = "[" + name + "]";
+            }
+            text += (i ? " " : "") + name;
+        }
+        return text;
+    }
+
     FakeWebView& viewAt(int index) { return viewOf(*state->tabs.get().at(index)); }
 
     // The tab at `index` finishes a navigation to `url` titled `title`.

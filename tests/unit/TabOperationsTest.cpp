@@ -2,26 +2,12 @@
 #include "support/BrowserFixture.h"
 #include "web/StartPage.h"
 
-#include <map>
-#include <sstream>
-
 namespace ovel::test {
 namespace {
 
-// Tabs are named by the page they show ("T1" shows https://t1.test/); the strip reads like
-// "T1p T2 [T3]": p marks a pinned tab, brackets the selected one.
+// Tabs T1..Tn show https://t1.test/ to https://tn.test/; strip() reads like "T1p T2 [T3]".
 class TabOperations : public BrowserFixture {
 protected:
-    // Opens tabs T1..Tn (the first is the start tab, navigated), the last one selected.
-    void openTabs(int count) {
-        launchFresh();
-        for (int i = 1; i <= count; ++i) {
-            if (i > 1) {
-                state->newTab();
-            }
-            showPage(i - 1, url(i), "T" + std::to_string(i));
-        }
-    }
     void pinFirst(int count) {
         for (int i = 0; i < count; ++i) {
             state->togglePinTab(i);
@@ -29,21 +15,6 @@ protected:
     }
     static std::string url(int n) { return "https://t" + std::to_string(n) + ".test/"; }
 
-    std::string strip() const {
-        std::ostringstream out;
-        for (std::size_t i = 0; i < state->tabs->size(); ++i) {
-            const BrowserTab& tab = *state->tabs.get()[i];
-            std::string name = tab.title.get();
-            if (tab.isPinned.get()) {
-                name += "p";
-            }
-            if (static_cast<int>(i) == state->selectedIndex.get()) {
-                name = "[" + name + "]";
-            }
-            out << (i ? " " : "") << name;
-        }
-        return out.str();
-    }
     std::vector<TabStore> storedClosedTabs() {
         return decodeClosedTabs(store.data(key(BrowserState::closedTabsKeyBase)).value_or("[]"))
             .value_or(std::vector<TabStore>{});
@@ -51,21 +22,14 @@ protected:
     std::size_t sessionWrites() { return store.entries("set ovel.session").size(); }
 };
 
+// Closing the selected last tab, or one before the selection, is among the notices' cases.
 TEST_F(TabOperations, ClosingAroundTheSelection) {
-    openTabs(3);
-    state->closeTab(2);
-    EXPECT_EQ(strip(), "T1 [T2]") << "closing the selected last tab selects the new last";
-
-    openTabs(3);
+    launchWithTabs(3);
     state->selectTab(1);
     state->closeTab(1);
     EXPECT_EQ(strip(), "T1 [T3]") << "the tab sliding into the place is selected";
 
-    openTabs(3);
-    state->closeTab(0);
-    EXPECT_EQ(strip(), "T2 [T3]") << "the selected tab stays selected";
-
-    openTabs(1);
+    launchWithTabs(1);
     const auto writes = store.log.size();
     state->closeTab(0);
     state->closeTab(5);
@@ -76,7 +40,7 @@ TEST_F(TabOperations, ClosingAroundTheSelection) {
 }
 
 TEST_F(TabOperations, TheClosedTabStackKeepsTwentyAndReopensTheLatest) {
-    openTabs(22);
+    launchWithTabs(22);
     state->togglePinTab(20); // T21, which moves to the front
     for (int closed = 0; closed < 21; ++closed) {
         state->closeTab(0);
@@ -94,7 +58,7 @@ TEST_F(TabOperations, TheClosedTabStackKeepsTwentyAndReopensTheLatest) {
 }
 
 TEST_F(TabOperations, ReopeningKeepsThePinAndAppendsAtTheEnd) {
-    openTabs(3);
+    launchWithTabs(3);
     state->togglePinTab(1);
     EXPECT_EQ(strip(), "T2p T1 [T3]");
     state->closeTab(0);
@@ -112,7 +76,7 @@ TEST_F(TabOperations, ReopeningKeepsThePinAndAppendsAtTheEnd) {
 }
 
 TEST_F(TabOperations, DuplicatesAreKeyedByAddressAndTitle) {
-    openTabs(4);
+    launchWithTabs(4);
     showPage(1, url(1), "T1");    // same page as T1
     showPage(2, url(9), "T1");    // same title, other page
     showPage(3, url(1), "Other"); // same page, other title
@@ -132,7 +96,7 @@ TEST_F(TabOperations, DuplicatesAreKeyedByAddressAndTitle) {
 }
 
 TEST_F(TabOperations, DuplicatingCopiesOnlyTheAddressAndThePin) {
-    openTabs(2);
+    launchWithTabs(2);
     state->selectTab(0);
     state->togglePinTab(0);
     state->duplicateSelectedTab();
@@ -142,7 +106,7 @@ TEST_F(TabOperations, DuplicatingCopiesOnlyTheAddressAndThePin) {
 }
 
 TEST_F(TabOperations, ClosingTheOthersRecordsThemRightmostFirst) {
-    openTabs(5);
+    launchWithTabs(5);
     state->closeOtherTabs(2);
     EXPECT_EQ(strip(), "[T3]");
     std::vector<std::optional<std::string>> closedURLs;
@@ -154,7 +118,7 @@ TEST_F(TabOperations, ClosingTheOthersRecordsThemRightmostFirst) {
 }
 
 TEST_F(TabOperations, PinningMovesTabsBetweenSections) {
-    openTabs(3);
+    launchWithTabs(3);
     state->togglePinTab(2);
     EXPECT_EQ(strip(), "[T3p] T1 T2");
     state->togglePinTab(2);
@@ -176,7 +140,7 @@ TEST_F(TabOperations, MovesStayInsideTheirSection) {
         {"right", 3, "T1p T2p T3 [T4]"}, {"right", 9, "T1p T2p T3 [T4]"},
     };
     for (const Case& c : cases) {
-        openTabs(4);
+        launchWithTabs(4);
         pinFirst(2);
         const bool allowed = std::string(c.operation) == "left" ? state->canMoveTabLeft(c.index)
                                                                 : state->canMoveTabRight(c.index);
@@ -204,7 +168,7 @@ TEST_F(TabOperations, DragReordersAcrossSections) {
         {4, 3, false, "T1p T2p T4 T3 [T5]"}, {5, 4, false, "T1p T2p T3 [T5] T4"},
     };
     for (const Case& c : cases) {
-        openTabs(5);
+        launchWithTabs(5);
         pinFirst(2);
         const Uuid dragged = state->tabs.get()[c.dragged - 1]->id();
         const Uuid target = state->tabs.get()[c.target - 1]->id();

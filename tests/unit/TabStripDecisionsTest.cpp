@@ -7,26 +7,10 @@ namespace {
 // Four tabs T1..T4, T1 pinned, T4 selected. Tabs are named by number in the tables (0: none).
 class TabStripDecisions : public BrowserFixture {
 protected:
-    void SetUp() override {
-        launchFresh();
-        for (int i = 1; i <= 4; ++i) {
-            if (i > 1) {
-                state->newTab();
-            }
-            showPage(i - 1, "https://t" + std::to_string(i) + ".test/", "T" + std::to_string(i));
-        }
-        state->togglePinTab(0);
-    }
+    void SetUp() override { launchWithTabs(4).togglePinTab(0); }
     Uuid id(int number) const { return state->tabs.get().at(number - 1)->id(); }
     int number(const std::optional<Uuid>& tab) const {
         return tab ? state->indexOfTab(*tab) + 1 : 0;
-    }
-    std::string strip() const {
-        std::string out;
-        for (const auto& tab : state->tabs.get()) {
-            out += (out.empty() ? "" : " ") + tab->title.get() + (tab->isPinned.get() ? "p" : "");
-        }
-        return out;
     }
 };
 
@@ -83,18 +67,18 @@ TEST_F(TabStripDecisions, DroppingMovesTheTabAndEndsTheDrag) {
     EXPECT_EQ(state->dropTargetTabID.get(), std::nullopt) << "a new drag starts without indicator";
     state->dropUpdated(id(2), 10);
     EXPECT_TRUE(state->performDrop(id(2)));
-    EXPECT_EQ(strip(), "T1p T4 T2 T3");
+    EXPECT_EQ(strip(), "T1p [T4] T2 T3");
     EXPECT_EQ(state->draggedTabID(), std::nullopt);
     EXPECT_EQ(state->dropTargetTabID.get(), std::nullopt);
 
     state->dropUpdated(id(4), 100);
     EXPECT_FALSE(state->performDrop(id(4))) << "no drag in progress";
-    EXPECT_EQ(strip(), "T1p T4 T2 T3");
+    EXPECT_EQ(strip(), "T1p [T4] T2 T3");
     EXPECT_EQ(state->dropTargetTabID.get(), std::nullopt);
 
     state->beginTabDrag(id(3));
     EXPECT_TRUE(state->performDrop(id(3))) << "a tab dropped onto itself stays";
-    EXPECT_EQ(strip(), "T1p T4 T2 T3");
+    EXPECT_EQ(strip(), "T1p [T4] T2 T3");
 }
 
 TEST_F(TabStripDecisions, NextAndPreviousSelectionWrapAround) {
