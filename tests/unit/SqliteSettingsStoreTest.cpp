@@ -15,6 +15,14 @@ using namespace std::string_literals;
 namespace ovel {
 namespace {
 
+std::string contents(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+void write(const fs::path& path, std::string_view bytes) {
+    std::ofstream(path, std::ios::binary).write(bytes.data(), bytes.size());
+}
+
 class SqliteSettingsStoreTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -25,13 +33,6 @@ protected:
     }
     void TearDown() override { fs::remove_all(folder); }
 
-    static std::string contents(const fs::path& path) {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-    static void write(const fs::path& path, std::string_view bytes) {
-        std::ofstream(path, std::ios::binary).write(bytes.data(), bytes.size());
-    }
     // Names of the files in the store's folder that a damaged store was moved to.
     std::vector<fs::path> movedAside() const {
         static const std::regex name(R"(settings\.sqlite3\.corrupt-\d+)");
@@ -82,6 +83,21 @@ void store(SettingsStore& store, const Stored& row) {
         store.setData(row.key, row.bytes);
         break;
     }
+}
+
+// The rows another connection reads for `sql`, each as its columns' text joined by spaces.
+std::vector<std::string> rowsOf(sqlite3* db, const char* sql) {
+    std::vector<std::string> result;
+    const auto addRow = [](void* out, int count, char** values, char**) {
+        std::string row;
+        for (int i = 0; i < count; ++i) {
+            row += (i ? " " : "") + std::string(values[i] ? values[i] : "NULL");
+        }
+        static_cast<std::vector<std::string>*>(out)->push_back(row);
+        return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(db, sql, addRow, &result, nullptr), SQLITE_OK) << sql;
+    return result;
 }
 
 std::string everyByte(int repeat) {
@@ -179,24 +195,14 @@ TEST_F(SqliteSettingsStoreTest, ReadsSeeWritesBeforeTheyAreCommitted) {
         return "made"s;
     });
     EXPECT_EQ(settings->data("encoded"), "made");
-    // The rows another connection reads, as "key=value" in key order.
     const auto onDisk = [other] {
-        std::string text;
-        sqlite3_exec(
-            other, "SELECT key || '=' || value FROM settings ORDER BY key",
-            [](void* out, int, char** values, char**) {
-                auto& rows = *static_cast<std::string*>(out);
-                rows += (rows.empty() ? "" : " ") + std::string(values[0] ? values[0] : "");
-                return 0;
-            },
-            &text, nullptr);
-        return text;
+        return rowsOf(other, "SELECT key || '=' || value FROM settings ORDER BY key");
     };
-    EXPECT_EQ(onDisk(), "gone=soon theme=ocean");
+    EXPECT_EQ(onDisk(), (std::vector<std::string>{"gone=soon", "theme=ocean"}));
     ASSERT_EQ(sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr), SQLITE_OK);
 
     EXPECT_TRUE(settings->flush());
-    EXPECT_EQ(onDisk(), "encoded=made new=1 theme=citrus");
+    EXPECT_EQ(onDisk(), (std::vector<std::string>{"encoded=made", "new=1", "theme=citrus"}));
     EXPECT_EQ(encodings, 1);
     sqlite3_close(other);
     for (const auto& row : rows) {
@@ -214,26 +220,12 @@ TEST_F(SqliteSettingsStoreTest, RowsLieInTheSettingsTableWithTheirSqlTypes) {
     }
     sqlite3* db = nullptr;
     ASSERT_EQ(sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
-    // Each row as its columns' text joined by spaces.
-    const auto rows = [db](const char* sql) {
-        std::vector<std::string> result;
-        const auto addRow = [](void* out, int count, char** values, char**) {
-            std::string row;
-            for (int i = 0; i < count; ++i) {
-                row += (i ? " " : "") + std::string(values[i] ? values[i] : "NULL");
-            }
-            static_cast<std::vector<std::string>*>(out)->push_back(row);
-            return 0;
-        };
-        EXPECT_EQ(sqlite3_exec(db, sql, addRow, &result, nullptr), SQLITE_OK) << sql;
-        return result;
-    };
-    EXPECT_EQ(rows("SELECT sql FROM sqlite_schema WHERE type = 'table'"),
+    EXPECT_EQ(rowsOf(db, "SELECT sql FROM sqlite_schema WHERE type = 'table'"),
               std::vector<std::string>{
                   "CREATE TABLE settings (key TEXT PRIMARY KEY NOT NULL, type TEXT NOT NULL "
                   "CHECK (type IN ('string','bool','data')), value BLOB NOT NULL)"});
-    EXPECT_EQ(rows("PRAGMA journal_mode"), std::vector<std::string>{"wal"});
-    EXPECT_EQ(rows("SELECT key, type, typeof(value), hex(value) FROM settings ORDER BY key"),
+    EXPECT_EQ(rowsOf(db, "PRAGMA journal_mode"), std::vector<std::string>{"wal"});
+    EXPECT_EQ(rowsOf(db, "SELECT key, type, typeof(value), hex(value) FROM settings ORDER BY key"),
               (std::vector<std::string>{"d data blob 0001", "f bool integer 30",
                                         "s string text 4772C3BCC39F65", "t bool integer 31"}));
     sqlite3_close(db);
@@ -248,8 +240,7 @@ std::string realDatabaseBytes(const fs::path& file) {
                               std::string(1000, static_cast<char>('a' + i % 26)));
         }
     }
-    std::ifstream in(file, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(in), {}};
+    std::string bytes = contents(file);
     fs::remove(file);
     return bytes;
 }
