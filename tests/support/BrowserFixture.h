@@ -96,4 +96,10 @@ protected:
     std::shared_ptr<BrowserState> state;
 };
 
+// A browser already started on an empty store.
+class LaunchedBrowser : public BrowserFixture {
+protected:
+    void SetUp() override { launch(); }
+};
+
 } // namespace ovel::test

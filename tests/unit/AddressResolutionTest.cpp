@@ -79,10 +79,9 @@ TEST(AddressResolution, InternalRoutesAndTheirAliases) {
     }
 }
 
-using OpenURL = BrowserFixture;
+using OpenURL = LaunchedBrowser;
 
 TEST_F(OpenURL, InternalPagesAreShownInTheSelectedTab) {
-    launch();
     showPage(0, "https://a.test/", "A");
     state->openURL("  chrome://SETTINGS ");
     auto tab = state->selectedTab();
@@ -102,7 +101,6 @@ TEST_F(OpenURL, InternalPagesAreShownInTheSelectedTab) {
 }
 
 TEST_F(OpenURL, AddressesLoadAndSearchesUseTheChosenEngine) {
-    launch();
     state->setSearchEngine(SearchEngine::DuckDuckGo);
     const auto sessionWrites = store.entries("set ovel.session").size();
     state->openURL("example.com");
@@ -120,7 +118,6 @@ TEST_F(OpenURL, AddressesLoadAndSearchesUseTheChosenEngine) {
 }
 
 TEST_F(OpenURL, HomeShowsTheStartPageAndClearsTheAddress) {
-    launch();
     state->setTheme(BrowserTheme::Aurora);
     showPage(0, "https://a.test/", "A");
     state->openURL("ovel://history");

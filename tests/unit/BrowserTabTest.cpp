@@ -7,9 +7,8 @@ namespace ovel::test {
 namespace {
 
 // A tab as the state makes it, driven from the engine's side through its fake web view.
-class BrowserTabTest : public BrowserFixture {
+class BrowserTabTest : public LaunchedBrowser {
 protected:
-    void SetUp() override { launch(); }
     BrowserTab& tab() { return *state->selectedTab(); }
     FakeWebView& view() { return viewOf(tab()); }
 };

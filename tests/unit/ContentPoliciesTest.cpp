@@ -110,10 +110,9 @@ TEST(StartPage, EachThemeFillsTheTemplate) {
     EXPECT_EQ(pages.size(), allThemes.size()) << "each theme has its own colours";
 }
 
-using StartPages = BrowserFixture;
+using StartPages = LaunchedBrowser;
 
 TEST_F(StartPages, AThemeChangeRegeneratesOnlyTabsShowingTheStartPage) {
-    launch();
     state->newTab();
     state->newTab();
     showPage(1, "https://web.test/", "Web");
@@ -130,7 +129,6 @@ TEST_F(StartPages, AThemeChangeRegeneratesOnlyTabsShowingTheStartPage) {
 }
 
 TEST_F(StartPages, AThemeChosenOnTheSettingsPageLeavesTheUserThere) {
-    launch();
     // Settings opened from a new tab: the start page underneath has no URL.
     state->openURL("ovel://settings");
     const std::size_t loads = viewAt(0).htmlLoads.size();

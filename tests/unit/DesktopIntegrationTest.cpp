@@ -18,10 +18,9 @@ TEST(NotificationPermissionDecisions, HostsSortedByTheirNotificationSetting) {
     EXPECT_EQ(notificationPermissions({}), NotificationPermissions{});
 }
 
-using DesktopIntegration = BrowserFixture;
+using DesktopIntegration = LaunchedBrowser;
 
 TEST_F(DesktopIntegration, TheEngineHearsTheNotificationRulesOfTheActiveProfile) {
-    launchFresh();
     EXPECT_EQ(engine.notificationPermissions, NotificationPermissions{});
     showPage(0, "https://news.test/", "News");
     state->setCurrentSiteRule({ask, ask, ask, allow});
@@ -35,7 +34,6 @@ TEST_F(DesktopIntegration, TheEngineHearsTheNotificationRulesOfTheActiveProfile)
 }
 
 TEST_F(DesktopIntegration, APageNotificationGoesToTheDesktopUnderItsTab) {
-    launchFresh();
     state->newTab();
     const BrowserTab& second = *state->tabs.get().at(1);
     WebViewDelegate& page = viewAt(1).delegate();
@@ -54,7 +52,6 @@ TEST_F(DesktopIntegration, APageNotificationGoesToTheDesktopUnderItsTab) {
 }
 
 TEST_F(DesktopIntegration, FullScreenFollowsTheShownPageOnly) {
-    launchFresh();
     state->newTab();
     struct Step {
         int tab;
@@ -75,7 +72,6 @@ TEST_F(DesktopIntegration, FullScreenFollowsTheShownPageOnly) {
 }
 
 TEST_F(DesktopIntegration, PrintingNeedsAWebPage) {
-    launchFresh();
     showPage(0, "https://news.test/", "News");
     EXPECT_TRUE(state->canPrintPage());
     state->printPage();

@@ -79,7 +79,7 @@ TEST_F(DownloadNaming, CuttingStrayBytesStillLeavesAName) {
     }
 }
 
-using DownloadsList = BrowserFixture;
+using DownloadsList = LaunchedBrowser;
 
 DownloadEvent event(const std::string& id, DownloadStatus status, double progress,
                     std::optional<std::string> path = std::nullopt) {
@@ -87,7 +87,6 @@ DownloadEvent event(const std::string& id, DownloadStatus status, double progres
 }
 
 TEST_F(DownloadsList, EventsFoldIntoTwentyFiveNewestEntries) {
-    launch();
     auto tab = state->selectedTab();
     for (int i = 1; i <= 26; ++i) {
         tab->onDownloadEvent(event("D" + std::to_string(i), DownloadStatus::Started, 0.08));
@@ -106,7 +105,6 @@ TEST_F(DownloadsList, EventsFoldIntoTwentyFiveNewestEntries) {
 }
 
 TEST_F(DownloadsList, ListOperationsChangeOnlyTheEntry) {
-    launch();
     auto tab = state->selectedTab();
     tab->onDownloadEvent(event("A", DownloadStatus::Started, 0.08, "/dl/A.bin"));
     tab->onDownloadEvent(event("B", DownloadStatus::Started, 0.08, "/dl/B.bin"));

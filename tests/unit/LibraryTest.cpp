@@ -6,10 +6,10 @@
 namespace ovel::test {
 namespace {
 
-using History = BrowserFixture;
-using Bookmarks = BrowserFixture;
-using WorkspaceSnapshots = BrowserFixture;
-using Profiles = BrowserFixture;
+using History = LaunchedBrowser;
+using Bookmarks = LaunchedBrowser;
+using WorkspaceSnapshots = LaunchedBrowser;
+using Profiles = LaunchedBrowser;
 
 std::vector<std::string> urlsOf(const std::vector<HistoryEntry>& entries) {
     std::vector<std::string> urls;
@@ -20,7 +20,6 @@ std::vector<std::string> urlsOf(const std::vector<HistoryEntry>& entries) {
 }
 
 TEST_F(History, SkipsOnlyImmediateRepeatsNewestFirst) {
-    launch();
     for (const char* page :
          {"https://a.test/", "https://a.test/", "https://b.test/", "https://a.test/"}) {
         showPage(0, page, "Page");
@@ -32,7 +31,6 @@ TEST_F(History, SkipsOnlyImmediateRepeatsNewestFirst) {
 }
 
 TEST_F(History, KeepsFiveHundredEntries) {
-    launch();
     for (int visit = 1; visit <= 501; ++visit) {
         clock.advance(1);
         showPage(0, "https://site.test/" + std::to_string(visit), "Visit");
@@ -45,7 +43,6 @@ TEST_F(History, KeepsFiveHundredEntries) {
 }
 
 TEST_F(History, ClearingOneProfileLeavesTheOthers) {
-    launch();
     const std::string first = profileID();
     showPage(0, "https://first.test/", "First");
     state->createProfile();
@@ -58,7 +55,6 @@ TEST_F(History, ClearingOneProfileLeavesTheOthers) {
 }
 
 TEST_F(Bookmarks, AddsThePageOfTheSelectedTabOnly) {
-    launch();
     const auto writes = store.log.size();
     state->addBookmark();
     EXPECT_TRUE(state->bookmarks->empty());
@@ -74,7 +70,6 @@ TEST_F(Bookmarks, AddsThePageOfTheSelectedTabOnly) {
 }
 
 TEST_F(Bookmarks, LoadingDropsUnparsableAddressesAndGivesFreshIds) {
-    launch();
     store.setData(
         key(BrowserState::bookmarksKeyBase),
         encodeBookmarks(
@@ -88,7 +83,6 @@ TEST_F(Bookmarks, LoadingDropsUnparsableAddressesAndGivesFreshIds) {
 }
 
 TEST_F(WorkspaceSnapshots, NamingAndTheThirtyNewest) {
-    launch();
     for (int i = 0; i < 4; ++i) {
         state->createWorkspaceSnapshot(std::nullopt);
     }
@@ -111,7 +105,6 @@ TEST_F(WorkspaceSnapshots, NamingAndTheThirtyNewest) {
 }
 
 TEST_F(WorkspaceSnapshots, RestoringReplacesTabsClampsAndLeavesClosedTabsAlone) {
-    launch();
     showPage(0, "https://a.test/", "A");
     state->newTab();
     state->togglePinTab(0);
@@ -141,7 +134,6 @@ TEST_F(WorkspaceSnapshots, RestoringReplacesTabsClampsAndLeavesClosedTabsAlone) 
 }
 
 TEST_F(Profiles, CreatingSavesTheFirstAndSwitchesToAFreshOne) {
-    launch();
     const std::string first = profileID();
     showPage(0, "https://first.test/", "First");
     state->createProfile();
@@ -160,7 +152,6 @@ TEST_F(Profiles, CreatingSavesTheFirstAndSwitchesToAFreshOne) {
 }
 
 TEST_F(Profiles, RenamingTrimsAndRefusesBlanks) {
-    launch();
     state->renameActiveProfile(" \t\n");
     EXPECT_EQ(state->activeProfileName(), "Default");
     state->renameActiveProfile("  Work \n");
@@ -171,7 +162,6 @@ TEST_F(Profiles, RenamingTrimsAndRefusesBlanks) {
 }
 
 TEST_F(Profiles, DeletingRemovesItsKeysAndActivatesTheNeighbour) {
-    launch();
     state->deleteActiveProfile();
     EXPECT_EQ(state->profiles->size(), 1u) << "the only profile stays";
 
