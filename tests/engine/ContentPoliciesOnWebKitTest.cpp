@@ -7,12 +7,7 @@
 namespace ovel::test {
 namespace {
 
-LoopbackServer::Response script(std::string source) {
-    LoopbackServer::Response response;
-    response.contentType = "text/javascript";
-    response.body = std::move(source);
-    return response;
-}
+const LoopbackServer::Response emptyScript{200, "text/javascript", "", {}};
 
 using ContentPoliciesOnWebKit = BrowserOnWebKit;
 
@@ -26,8 +21,8 @@ protected:
 };
 
 TEST_F(AdBlockingOnWebKit, AdScriptsNeverReachTheServerUntilBlockingIsOff) {
-    server.serve("/ads.js", script(""));
-    server.serve("/app.js", script(""));
+    server.serve("/ads.js", emptyScript);
+    server.serve("/app.js", emptyScript);
     server.serveHtml("/news", titled("News", "<script src='/ads.js'></script>"
                                              "<script src='/app.js'></script>"));
     state->openURL(server.url("/news"));
@@ -57,11 +52,8 @@ TEST_F(ContentPoliciesOnWebKit, ImageRuleBlocksImagesOnlyOnTheDomainsItNames) {
     webViewOf(tab()).removeAllContentRuleLists();
     webViewOf(tab()).addContentRuleList(*list);
 
-    LoopbackServer::Response image;
-    image.contentType = "image/gif";
-    image.body = "GIF89a";
-    server.serve("/photo.gif", image);
-    server.serve("/app.js", script(""));
+    server.serve("/photo.gif", {200, "image/gif", "GIF89a", {}});
+    server.serve("/app.js", emptyScript);
     server.serveHtml("/gallery",
                      titled("Gallery", "<img src='/photo.gif'><script src='/app.js'></script>"));
 
@@ -96,11 +88,7 @@ TEST_F(ContentPoliciesOnWebKit, ARuleSavedForAnIPv6SiteAnswersItsCameraRequests)
     SitePermissionRule blocking;
     blocking.camera = PermissionSetting::Block;
     state->setCurrentSiteRule(blocking);
-    EXPECT_EQ(runScript(webKitView(tab()),
-                        "try { const s = await navigator.mediaDevices.getUserMedia({video: true});"
-                        " s.getTracks().forEach(t => t.stop()); return 'stream'; }"
-                        " catch (e) { return 'error ' + e.name; }"),
-              "error NotAllowedError");
+    EXPECT_EQ(runScript(webKitView(tab()), mediaScript("{video: true}")), "error NotAllowedError");
     EXPECT_TRUE(questions.empty());
 }
 

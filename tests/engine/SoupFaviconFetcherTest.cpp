@@ -57,12 +57,10 @@ TEST_F(SoupFaviconFetcherTest, DecodesAnIcoHoldingAPng) {
     EXPECT_EQ(server.requests()[0].path, "/favicon.ico");
 }
 
+// What the decoder refuses is the decoder's tests' to list; here, what the fetcher itself must
+// refuse: an error status even with an icon, a body too large, a cut transfer, and addresses it
+// cannot fetch.
 TEST_F(SoupFaviconFetcherTest, AnyFailureGivesNone) {
-    LoopbackServer::Response missing;
-    missing.status = 404;
-    missing.body = "not found";
-    server.serve("/missing.ico", missing);
-    server.serveHtml("/page.ico", "<html><body>not an icon</body></html>");
     server.serve("/huge.ico", iconResponse(Bytes(2 * 1024 * 1024, 0), "image/x-icon"));
     LoopbackServer::Response errorWithIcon = iconResponse(pngFile(8, 8, {1, 2, 3, 4}), "image/png");
     errorWithIcon.status = 500;
@@ -74,8 +72,6 @@ TEST_F(SoupFaviconFetcherTest, AnyFailureGivesNone) {
 
     SoupFaviconFetcher direct;
     const std::pair<SoupFaviconFetcher*, std::string> cases[] = {
-        {fetcher.get(), "https://127.0.0.1/missing.ico"},
-        {fetcher.get(), "https://127.0.0.1/page.ico"},
         {fetcher.get(), "https://127.0.0.1/huge.ico"},
         {fetcher.get(), "https://127.0.0.1/error.png"},
         {fetcher.get(), "https://127.0.0.1/cut.ico"},

@@ -25,6 +25,14 @@ inline std::string titled(const std::string& title, const std::string& body = ""
     return "<html><head><title>" + title + "</title></head><body>" + body + "</body></html>";
 }
 
+// A script that asks for camera or microphone capture with `constraints`: "stream" when granted,
+// else "error " and the error's name.
+inline std::string mediaScript(const std::string& constraints) {
+    return "try { const s = await navigator.mediaDevices.getUserMedia(" + constraints +
+           "); s.getTracks().forEach(t => t.stop()); return 'stream'; }"
+           " catch (e) { return 'error ' + e.name; }";
+}
+
 struct ScriptResult {
     bool done = false;
     // None when the script threw.

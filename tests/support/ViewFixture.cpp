@@ -118,4 +118,18 @@ GtkWidget* ViewFixture::findByName(GtkWidget* root, const std::string& name) {
     return nullptr;
 }
 
+std::vector<GtkWidget*> ViewFixture::widgetsWhere(GtkWidget* root,
+                                                  const std::function<bool(GtkWidget*)>& matches) {
+    std::vector<GtkWidget*> found;
+    if (matches(root)) {
+        found.push_back(root);
+    }
+    for (GtkWidget* child = gtk_widget_get_first_child(root); child != nullptr;
+         child = gtk_widget_get_next_sibling(child)) {
+        const auto below = widgetsWhere(child, matches);
+        found.insert(found.end(), below.begin(), below.end());
+    }
+    return found;
+}
+
 } // namespace ovel::test

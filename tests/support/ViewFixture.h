@@ -6,7 +6,9 @@
 
 #include <gtk/gtk.h>
 
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace ovel::test {
 
@@ -71,6 +73,10 @@ protected:
     // The first descendant of `root` (itself included) whose accessible label (given with
     // setAccessibleLabel), button label or label text is `name`; null when there is none.
     static GtkWidget* findByName(GtkWidget* root, const std::string& name);
+
+    // `root` and its descendants for which `matches` holds, in tree order.
+    static std::vector<GtkWidget*> widgetsWhere(GtkWidget* root,
+                                                const std::function<bool(GtkWidget*)>& matches);
 
     GtkWindow* window_ = nullptr;
     GObjectRef<GtkCssProvider> themeCss_;

@@ -86,24 +86,6 @@ TEST_F(BrowserCommandsTest, CommandsActOnTheStateAndTheSelectedTab) {
     EXPECT_TRUE(g_action_group_get_action_enabled(G_ACTION_GROUP(application_), "print"));
 }
 
-// Every shortcut the window's section lists, as "title: accelerators" (the window's search
-// page holds copies of them, left out).
-void collectShortcuts(GtkWidget* widget, std::vector<std::string>& found, bool inSection = false) {
-    inSection = inSection || GTK_IS_SHORTCUTS_SECTION(widget);
-    if (inSection && GTK_IS_SHORTCUTS_SHORTCUT(widget)) {
-        char* title = nullptr;
-        char* accelerator = nullptr;
-        g_object_get(widget, "title", &title, "accelerator", &accelerator, nullptr);
-        found.push_back(std::string(title) + ": " + (accelerator ? accelerator : ""));
-        g_free(title);
-        g_free(accelerator);
-    }
-    for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
-         child = gtk_widget_get_next_sibling(child)) {
-        collectShortcuts(child, found, inSection);
-    }
-}
-
 class ShortcutsWindowTest : public test::ViewFixture {
 protected:
     void SetUp() override {
@@ -122,8 +104,21 @@ protected:
 
 TEST_F(ShortcutsWindowTest, ListsEveryAcceleratorThatWorks) {
     GtkWindow* window = KeyboardShortcutsWindow::create();
+    // Every shortcut the window's sections list, as "title: accelerators" (the window's search
+    // page holds copies of them, left out).
     std::vector<std::string> listed;
-    collectShortcuts(GTK_WIDGET(window), listed);
+    for (GtkWidget* section : widgetsWhere(
+             GTK_WIDGET(window), [](GtkWidget* w) { return GTK_IS_SHORTCUTS_SECTION(w) != 0; })) {
+        for (GtkWidget* shortcut : widgetsWhere(
+                 section, [](GtkWidget* w) { return GTK_IS_SHORTCUTS_SHORTCUT(w) != 0; })) {
+            char* title = nullptr;
+            char* accelerator = nullptr;
+            g_object_get(shortcut, "title", &title, "accelerator", &accelerator, nullptr);
+            listed.push_back(std::string(title) + ": " + (accelerator ? accelerator : ""));
+            g_free(title);
+            g_free(accelerator);
+        }
+    }
 
     // Every menu command with a shortcut, by the accelerators installed for it, and the keys
     // outside the menu.

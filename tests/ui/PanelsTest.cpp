@@ -56,14 +56,9 @@ protected:
     }
 
     bool press(const std::string& name) { return click(view_->widget(), name); }
-    // The controls of the shelf named `name`.
-    int countNamed(GtkWidget* root, const std::string& name) {
-        int count = findByName(root, name) == root ? 1 : 0;
-        for (GtkWidget* child = gtk_widget_get_first_child(root); child != nullptr;
-             child = gtk_widget_get_next_sibling(child)) {
-            count += countNamed(child, name);
-        }
-        return count;
+    // How many widgets under `root` are named `name`.
+    static std::size_t countNamed(GtkWidget* root, const std::string& name) {
+        return widgetsWhere(root, [&](GtkWidget* w) { return findByName(w, name) == w; }).size();
     }
 
     // Drives the panel open or closed and counts the frames until it has settled.
@@ -161,11 +156,12 @@ TEST_F(PanelsTest, TheShelfShowsEightItemsWithTheirControlsAndClearLeavesTransfe
     test::runMainLoopFor(100ms);
     GtkWidget* shelf = view_->downloadShelf().widget();
     // Ten records, newest first: six cancelled, finished, failed, paused, started; eight shown.
-    EXPECT_EQ(countNamed(shelf, "Show in Folder"), 1) << "only a record with a path has one";
-    EXPECT_EQ(countNamed(shelf, "Retry"), 7) << "six cancelled and one failed";
-    EXPECT_EQ(countNamed(shelf, "Pause"), 0) << "the started one is tenth and not shown";
-    EXPECT_EQ(countNamed(shelf, "Resume"), 0) << "the paused one is ninth";
-    EXPECT_EQ(countNamed(shelf, "Cancel"), 0);
+    // Which records the shelf takes and which buttons a status has are the unit tests' to list;
+    // here, that the shelf follows them.
+    EXPECT_EQ(countNamed(shelf, "Show in Folder"), 1u) << "only a record with a path has one";
+    EXPECT_EQ(countNamed(shelf, "Retry"), 7u) << "six cancelled and one failed";
+    EXPECT_EQ(countNamed(shelf, "Pause") + countNamed(shelf, "Resume"), 0u)
+        << "the paused one is ninth and the started one tenth: not shown";
     saveScreenshot(GTK_WIDGET(window_), "download-shelf");
 
     EXPECT_TRUE(press("Clear"));

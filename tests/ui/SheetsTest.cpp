@@ -66,20 +66,13 @@ protected:
     // The rows a person sees in the palette, by accessible name.
     std::vector<std::string> paletteRows() const {
         std::vector<std::string> names;
-        collectRows(palette->widget(), names);
+        for (GtkWidget* row : widgetsWhere(palette->widget(), [](GtkWidget* w) {
+                 return gtk_widget_has_css_class(w, "ovel-command-palette-row") &&
+                        gtk_widget_is_visible(w);
+             })) {
+            names.emplace_back(accessibleLabel(row));
+        }
         return names;
-    }
-    static void collectRows(GtkWidget* widget, std::vector<std::string>& names) {
-        if (!gtk_widget_get_visible(widget)) {
-            return;
-        }
-        if (gtk_widget_has_css_class(widget, "ovel-command-palette-row")) {
-            names.emplace_back(accessibleLabel(widget));
-        }
-        for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
-             child = gtk_widget_get_next_sibling(child)) {
-            collectRows(child, names);
-        }
     }
     // Whether the keyboard focus is on `widget` or inside it (a field's text).
     bool hasFocus(GtkWidget* widget) const {

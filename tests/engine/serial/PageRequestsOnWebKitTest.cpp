@@ -10,10 +10,8 @@ namespace {
 using namespace std::chrono_literals;
 
 // Scripts run from the test count as the user's gesture, as a click does.
-constexpr const char* openerBody = R"html(
-    <a id="blank" href="/target" target="_blank">blank</a>
-    <a id="plain" href="/target">plain</a>
-    <button id="open" onclick="window.open('/target')">open</button>)html";
+constexpr const char* openerBody =
+    R"html(<button id="open" onclick="window.open('/target')">open</button>)html";
 
 // A link over the whole page, so a click anywhere in the window is a click on it.
 std::string wholePageLink(const std::string& attributes) {
@@ -65,26 +63,23 @@ protected:
     }
 };
 
+// Real clicks, as only they carry the button and the keys held. window.open from a click is the
+// next test's and the end-to-end tests' to show.
 TEST_F(PageRequestsOnWebKit, NewWindowsAndModifiedClicksBecomeTabRequests) {
     struct Case {
         const char* what;
-        std::string script; // a script run as from a click
-        const char* button; // else a real click with this button
+        const char* button; // a real click with this button, else none
         bool control;
         const char* path;
         std::size_t newWindows;
         std::size_t backgroundLinks;
     };
     const std::vector<Case> cases = {
-        {"target=_blank", "document.getElementById('blank').click(); return 'clicked';", "", false,
-         "/", 1, 0},
-        {"window.open from a click", "document.getElementById('open').click(); return 'clicked';",
-         "", false, "/", 1, 0},
-        {"a click on target=_blank", "", "1", false, "/blank", 1, 0},
-        {"Ctrl+click", "", "1", true, "/plain", 0, 1},
-        {"middle click", "", "2", false, "/plain", 0, 1},
-        {"Ctrl+click on target=_blank", "", "1", true, "/blank", 0, 1},
-        {"window.open without a gesture", "", "", false, "/auto", 0, 0},
+        {"a click on target=_blank", "1", false, "/blank", 1, 0},
+        {"Ctrl+click", "1", true, "/plain", 0, 1},
+        {"middle click", "2", false, "/plain", 0, 1},
+        {"Ctrl+click on target=_blank", "1", true, "/blank", 0, 1},
+        {"window.open without a gesture", nullptr, false, "/auto", 0, 0},
     };
     for (const Case& c : cases) {
         // One page at a time fills the window, under the click.
@@ -93,9 +88,7 @@ TEST_F(PageRequestsOnWebKit, NewWindowsAndModifiedClicksBecomeTabRequests) {
         }
         pages.clear();
         auto& page = openLoaded(c.path);
-        if (!c.script.empty()) {
-            EXPECT_EQ(runScript(page.webKitView(), c.script), "clicked") << c.what;
-        } else if (*c.button != '\0') {
+        if (c.button != nullptr) {
             EXPECT_TRUE(clickInWindow(c.button, c.control)) << c.what;
         }
         waitUntil(
@@ -135,7 +128,7 @@ TEST_F(PageRequestsOnWebKit, TheNewWindowLoadsInTheViewMadeForItAndKnowsItsOpene
     opener.delegate.newWindowView.reset();
 }
 
-TEST_F(PageRequestsOnWebKit, ASiteAsksToSignInAndTheAnswerDecidesTheLoad) {
+TEST_F(PageRequestsOnWebKit, ASiteAsksToSignInAndTheGivenNameAndPasswordOpenIt) {
     server.handle("/vault", [](SoupServerMessage* message, const LoopbackServer::Request& request) {
         auto auth = request.headers.find("Authorization");
         if (auth != request.headers.end() && auth->second == "Basic YW5uOnNlc2FtZQ==") {
@@ -147,10 +140,7 @@ TEST_F(PageRequestsOnWebKit, ASiteAsksToSignInAndTheAnswerDecidesTheLoad) {
         }
         soup_message_headers_append(soup_server_message_get_response_headers(message),
                                     "WWW-Authenticate", "Basic realm=\"The Vault\"");
-        const std::string body = titled("Refused", "SHOULD NOT SHOW");
         soup_server_message_set_status(message, 401, nullptr);
-        soup_server_message_set_response(message, "text/html", SOUP_MEMORY_COPY, body.data(),
-                                         body.size());
     });
     std::vector<AuthenticationQuestion> questions;
     std::vector<AuthenticationAnswer> answers;
@@ -160,21 +150,15 @@ TEST_F(PageRequestsOnWebKit, ASiteAsksToSignInAndTheAnswerDecidesTheLoad) {
             answers.push_back(std::move(answer));
         });
 
+    // A refused question fails the load: the end-to-end tests cancel the dialog and show that.
     auto& page = openLoaded("/");
     page.view->load({server.url("/vault")});
     ASSERT_TRUE(waitUntil([&] { return answers.size() == 1; })) << page.events();
     EXPECT_EQ(questions[0].host, "127.0.0.1");
     EXPECT_EQ(questions[0].realm, "The Vault");
     EXPECT_EQ(questions[0].webView, page.view->widget());
-    answers[0](std::nullopt);
+    answers[0](Credentials{"ann", "sesame"});
     ASSERT_TRUE(page.waitForOutcomes(2)) << page.events();
-    EXPECT_EQ(page.delegate.events.back(), "fail") << page.events();
-    EXPECT_EQ(page.view->url(), server.url("/")) << "the page before stays";
-
-    page.view->load({server.url("/vault")});
-    ASSERT_TRUE(waitUntil([&] { return answers.size() == 2; })) << page.events();
-    answers[1](Credentials{"ann", "sesame"});
-    ASSERT_TRUE(page.waitForOutcomes(3)) << page.events();
     EXPECT_EQ(page.delegate.events.back(), "finish 'Vault open' " + server.url("/vault"));
 }
 
