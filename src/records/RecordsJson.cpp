@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <climits>
 #include <cmath>
@@ -228,15 +229,157 @@ std::string encodeHistory(const std::vector<HistoryEntry>& history) {
     return dump(array);
 }
 
-std::optional<std::vector<HistoryEntry>> decodeHistory(std::string_view blob) {
-    return decodeWith(blob, [](const json& document) {
-        std::vector<HistoryEntry> history;
-        for (const json& item : arrayOf(document)) {
-            history.push_back({upperUuid(stringMember(item, "id")), stringMember(item, "title"),
-                               stringMember(item, "url"), dateMember(item, "visitedAt")});
+namespace {
+
+// Reads a history document into its entries as the parser goes, without building the document
+// first: the history is the largest collection, read at every start and every profile switch,
+// and the document's objects cost more to build than the entries themselves. It reads what
+// the other decoders read: an array of objects; in each, the last of equally named members
+// counts, other members are passed over whatever they hold, and each entry needs an "id" that
+// is a UUID, a "title" and a "url" that are strings and a "visitedAt" that is a number.
+class HistoryReader final : public nlohmann::json_sax<json> {
+public:
+    std::vector<HistoryEntry> history;
+
+    bool null() override { return scalar(Kind::Other); }
+    bool boolean(bool) override { return scalar(Kind::Other); }
+    bool number_integer(number_integer_t value) override {
+        return number(static_cast<double>(value));
+    }
+    bool number_unsigned(number_unsigned_t value) override {
+        return number(static_cast<double>(value));
+    }
+    bool number_float(number_float_t value, const string_t&) override { return number(value); }
+    bool string(string_t& value) override {
+        if (depth_ == entryDepth && member_ != Member::None) {
+            Field& field = fields_[static_cast<std::size_t>(member_)];
+            field = {Kind::String, std::move(value), 0};
+            member_ = Member::None;
+            return true;
         }
-        return history;
-    });
+        return scalar(Kind::Other);
+    }
+    bool binary(binary_t&) override { return scalar(Kind::Other); }
+
+    bool start_object(std::size_t) override {
+        if (depth_ == 0) {
+            return false; // the document is not an array
+        }
+        if (depth_ == arrayDepth) {
+            fields_ = {};
+            member_ = Member::None;
+        } else {
+            nested();
+        }
+        ++depth_;
+        return true;
+    }
+    bool key(string_t& name) override {
+        if (depth_ == entryDepth) {
+            member_ = name == "id"          ? Member::Id
+                      : name == "title"     ? Member::Title
+                      : name == "url"       ? Member::Url
+                      : name == "visitedAt" ? Member::VisitedAt
+                                            : Member::None;
+        }
+        return true;
+    }
+    bool end_object() override {
+        --depth_;
+        if (depth_ == arrayDepth) {
+            return finishEntry();
+        }
+        return true;
+    }
+    bool start_array(std::size_t) override {
+        if (depth_ == arrayDepth) {
+            return false; // an entry that is not an object
+        }
+        if (depth_ > arrayDepth) {
+            nested();
+        }
+        ++depth_;
+        return true;
+    }
+    bool end_array() override {
+        --depth_;
+        return true;
+    }
+    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+        return false;
+    }
+
+private:
+    enum class Member : std::size_t { Id, Title, Url, VisitedAt, None };
+    enum class Kind { Absent, String, Number, Other };
+    struct Field {
+        Kind kind = Kind::Absent;
+        std::string text;
+        double number = 0;
+    };
+    static constexpr int arrayDepth = 1;
+    static constexpr int entryDepth = 2;
+
+    // A value directly in an entry is its member's; one in the array must be an entry; deeper
+    // ones belong to a member's object or array and are passed over.
+    bool scalar(Kind kind) {
+        if (depth_ == entryDepth) {
+            if (member_ != Member::None) {
+                fields_[static_cast<std::size_t>(member_)] = {kind, {}, 0};
+            }
+            member_ = Member::None;
+            return true;
+        }
+        return depth_ > entryDepth;
+    }
+    bool number(double value) {
+        if (depth_ == entryDepth && member_ != Member::None) {
+            fields_[static_cast<std::size_t>(member_)] = {Kind::Number, {}, value};
+            member_ = Member::None;
+            return true;
+        }
+        return scalar(Kind::Other);
+    }
+    // An object or array as a member's value: neither a string nor a number.
+    void nested() {
+        if (depth_ == entryDepth && member_ != Member::None) {
+            fields_[static_cast<std::size_t>(member_)] = {Kind::Other, {}, 0};
+        }
+        member_ = Member::None;
+    }
+    bool finishEntry() {
+        Field& id = fields_[static_cast<std::size_t>(Member::Id)];
+        Field& title = fields_[static_cast<std::size_t>(Member::Title)];
+        Field& url = fields_[static_cast<std::size_t>(Member::Url)];
+        const Field& visitedAt = fields_[static_cast<std::size_t>(Member::VisitedAt)];
+        if (id.kind != Kind::String || title.kind != Kind::String || url.kind != Kind::String ||
+            visitedAt.kind != Kind::Number) {
+            return false;
+        }
+        history.push_back({upperUuid(std::move(id.text)), std::move(title.text),
+                           std::move(url.text), Date{visitedAt.number}});
+        return true;
+    }
+
+    int depth_ = 0;
+    Member member_ = Member::None;
+    std::array<Field, 4> fields_;
+};
+
+} // namespace
+
+std::optional<std::vector<HistoryEntry>> decodeHistory(std::string_view blob) {
+    HistoryReader reader;
+    try {
+        if (!json::sax_parse(blob.begin(), blob.end(), &reader)) {
+            return std::nullopt;
+        }
+    } catch (const json::exception&) {
+        return std::nullopt;
+    } catch (const ShapeError&) {
+        return std::nullopt;
+    }
+    return std::move(reader.history);
 }
 
 std::string encodeSitePermissions(const SitePermissionRules& rules) {

@@ -8,6 +8,8 @@
 namespace ovel {
 namespace {
 
+using namespace std::string_literals;
+
 using nlohmann::json;
 
 TEST(RecordsJson, WritesTheStoredMemberNamesAndOmitsAbsentOptionals) {
@@ -54,10 +56,17 @@ TEST(RecordsJson, ReadsMembersInAnyOrderAndIgnoresUnknownOnes) {
     ASSERT_TRUE(session);
     EXPECT_EQ(session->tabs.at(0).url, "https://a.test/");
 
+    // The history is read as it is parsed: unknown members of any shape are passed over, even
+    // ones holding members of an entry's names, and of two equally named members the last counts.
     auto history = decodeHistory(
-        R"([{"visitedAt":1,"url":"u","title":"t","id":"0a1b2c3d-0000-4000-8000-00000000000f"}])");
+        R"([{"visitedAt":1,"url":"u","title":"t","id":"0a1b2c3d-0000-4000-8000-00000000000f"},
+            {"more":{"id":7,"title":[null]},"id":"0A1B2C3D-0000-4000-8000-00000000000E",
+             "title":null,"title":"second","url":"v","tags":[[1],{"a":{}}],"visitedAt":2.5}])");
     ASSERT_TRUE(history);
-    EXPECT_EQ(history->at(0).id, "0A1B2C3D-0000-4000-8000-00000000000F") << "ids read upper-case";
+    EXPECT_EQ(*history, (std::vector<HistoryEntry>{
+                            {"0A1B2C3D-0000-4000-8000-00000000000F", "t", "u", Date{1}},
+                            {"0A1B2C3D-0000-4000-8000-00000000000E", "second", "v", Date{2.5}}}))
+        << "ids read upper-case";
 }
 
 TEST(RecordsJson, AnyMisshapenRecordMakesTheWholeBlobUnreadable) {
@@ -85,9 +94,23 @@ TEST(RecordsJson, AnyMisshapenRecordMakesTheWholeBlobUnreadable) {
         "location":"ask","notifications":"ask"}})"))
         << "an unknown enumeration string";
     EXPECT_FALSE(decodeSitePermissions(R"({"a.test":{"camera":"ask"}})"));
-    EXPECT_FALSE(decodeHistory(R"([{"id":"not-a-uuid","title":"t","url":"u","visitedAt":1}])"));
-    EXPECT_FALSE(decodeHistory(R"([{"id":"0A1B2C3D-0000-4000-8000-00000000000F","title":"t",
-        "url":"u","visitedAt":"yesterday"}])"));
+    const std::string entry =
+        R"("id":"0A1B2C3D-0000-4000-8000-00000000000F","title":"t","url":"u","visitedAt":1)";
+    for (const std::string& history : {
+             R"([{"id":"not-a-uuid","title":"t","url":"u","visitedAt":1}])"s,
+             "[{" + entry + R"(,"visitedAt":"yesterday"}])",
+             "[{" + entry + R"(,"title":{"text":"t"}}])",
+             "[{" + entry + R"(,"url":["u"]}])",
+             "[{" + entry + R"(,"id":null}])",
+             R"([{"title":"t","url":"u","visitedAt":1}])"s,
+             "[{" + entry + "},7]",
+             "[{" + entry + "},[]]",
+             "[{" + entry + "}",
+             "{" + entry + "}",
+             R"("[]")"s,
+         }) {
+        EXPECT_FALSE(decodeHistory(history)) << history;
+    }
     EXPECT_FALSE(decodeProfiles(R"([{"id":"P1","name":"A"},{"id":"P2"}])"));
     EXPECT_FALSE(decodeWorkspaceSnapshots(R"([{"id":"W","name":"n","createdAt":1,"tabs":[]}])"));
     EXPECT_FALSE(decodeBookmarks(R"({"title":"t","url":"u"})")) << "an object, not an array";
