@@ -60,9 +60,11 @@ TEST(TabStrip, DraggingTheThirdTabOntoTheLeadingHalfOfTheFirstMovesItToTheFront)
                                                     {tabs.server.url("/two")}}));
 }
 
-// The other buttons on the strip: the right button's menu pins, the middle button closes.
-TEST(TabStrip, TheMenuPinsAndTheMiddleButtonCloses) {
+// The other buttons on the strip: the middle button closes, the right button's menu pins, a
+// tab's close button closes; then the kept tab goes to a typed address and back.
+TEST(TabStrip, TheStripsButtonsAndTheAddressField) {
     ThreeTabs tabs;
+    tabs.server.serveHtml("/four", "<title>Delta page</title><p>four");
     ASSERT_TRUE(tabs.launch()) << tabs.driver.dump();
     ASSERT_TRUE(clickTab(tabs.driver, "Bravo page", 2));
     EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return storedTabCount(tabs.browser) == 2; }, 20s))
@@ -81,12 +83,26 @@ TEST(TabStrip, TheMenuPinsAndTheMiddleButtonCloses) {
         20s))
         << "the menu pins the tab";
 
+    auto closeButton = tabs.driver.extents("push button", "Close Alpha page");
+    ASSERT_TRUE(closeButton) << tabs.driver.dump();
+    ASSERT_TRUE(tabs.driver.clickAt(closeButton->x + closeButton->width / 2,
+                                    closeButton->y + closeButton->height / 2));
+    EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return storedTabCount(tabs.browser) == 1; }, 20s))
+        << "its close button closes a tab";
+
+    ASSERT_TRUE(enterText(tabs.driver, "Address", tabs.server.url("/four")));
+    EXPECT_TRUE(
+        ProcessBrowser::waitUntil([&] { return tabs.server.requestCount("/four") > 0; }, 20s))
+        << "Return loads the typed address";
+    ASSERT_TRUE(tabs.driver.waitFor("page tab", "Delta page", 20s)) << tabs.driver.dump();
+    ASSERT_TRUE(tabs.driver.click("push button", "Back"));
+    EXPECT_TRUE(tabs.driver.waitFor("page tab", "Charlie page", 20s)) << tabs.driver.dump();
+
     EXPECT_EQ(tabs.browser.quit(), 0);
     auto session = storedSession(tabs.browser);
     ASSERT_TRUE(session);
-    EXPECT_EQ(session->tabs, (std::vector<TabStore>{{tabs.server.url("/three"), true},
-                                                    {tabs.server.url("/one"), false}}))
-        << "Charlie pinned and moved to the front, Bravo closed";
+    EXPECT_EQ(session->tabs, (std::vector<TabStore>{{tabs.server.url("/three"), true}}))
+        << "Charlie pinned and kept, back on its own page";
 }
 
 } // namespace
