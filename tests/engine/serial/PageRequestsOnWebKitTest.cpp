@@ -20,11 +20,14 @@ std::string wholePageLink(const std::string& attributes) {
 }
 
 // A real click in the middle of the test window, as the user makes it: WebKit tells the button
-// and the keys held only for events that come from the system.
+// and the keys held only for events that come from the system. The pointer comes in from the
+// window's corner, so the page just put under it sees it arrive before the press.
 bool clickInWindow(const std::string& button, bool control) {
     std::vector<std::string> argv = {
         "xdotool",     "search", "--sync",    "--limit",  "1",  "--name", "^Page requests$",
-        "windowfocus", "--sync", "mousemove", "--window", "%1", "400",    "300"};
+        "windowfocus", "--sync", "mousemove", "--window", "%1", "10",     "10",
+        "sleep",       "0.1",    "mousemove", "--window", "%1", "400",    "300",
+        "sleep",       "0.1"};
     for (const std::string& step :
          control ? std::vector<std::string>{"keydown", "ctrl", "click", button, "keyup", "ctrl"}
                  : std::vector<std::string>{"click", button}) {
@@ -88,6 +91,12 @@ TEST_F(PageRequestsOnWebKit, NewWindowsAndModifiedClicksBecomeTabRequests) {
         }
         pages.clear();
         auto& page = openLoaded(c.path);
+        // A click before the page's first frame can reach no link: wait for two frames drawn.
+        EXPECT_EQ(runScript(page.webKitView(),
+                            "return await new Promise(r => requestAnimationFrame("
+                            "() => requestAnimationFrame(() => r('drawn'))));"),
+                  "drawn")
+            << c.what;
         if (c.button != nullptr) {
             EXPECT_TRUE(clickInWindow(c.button, c.control)) << c.what;
         }
