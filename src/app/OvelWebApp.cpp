@@ -21,9 +21,9 @@
 #include "pages/TabOverviewSheet.h"
 #include "state/BrowserState.h"
 #include "web/BrowserTab.h"
-#include "web/webkit/SoupFaviconFetcher.h"
-#include "web/webkit/WebKitEngine.h"
-#include "web/webkit/WebKitWebViewAdapter.h"
+#include "webkit/SoupFaviconFetcher.h"
+#include "webkit/WebKitEngine.h"
+#include "webkit/WebKitWebViewAdapter.h"
 
 #include <glib-unix.h>
 

@@ -12,9 +12,9 @@
 #include "support/LoopbackServer.h"
 #include "support/SequentialUuidSource.h"
 #include "web/BrowserTab.h"
-#include "web/webkit/SoupFaviconFetcher.h"
-#include "web/webkit/WebKitEngine.h"
-#include "web/webkit/WebKitWebViewAdapter.h"
+#include "webkit/SoupFaviconFetcher.h"
+#include "webkit/WebKitEngine.h"
+#include "webkit/WebKitWebViewAdapter.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>

@@ -2,7 +2,7 @@
 
 #include "app/AppPaths.h"
 #include "support/GtkTestEnvironment.h"
-#include "web/webkit/WebKitEngine.h"
+#include "webkit/WebKitEngine.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "web/webkit/SoupFaviconFetcher.h"
+#include "webkit/SoupFaviconFetcher.h"
 #include "support/GtkWait.h"
 #include "support/IconFiles.h"
 #include "support/LoopbackServer.h"

@@ -6,8 +6,8 @@
 #include "support/GtkWait.h"
 #include "support/LoopbackServer.h"
 #include "support/RecordingWebViewDelegate.h"
-#include "web/webkit/WebKitEngine.h"
-#include "web/webkit/WebKitWebViewAdapter.h"
+#include "webkit/WebKitEngine.h"
+#include "webkit/WebKitWebViewAdapter.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>

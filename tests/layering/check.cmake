@@ -12,7 +12,7 @@ if(NOT result EQUAL 0)
   message(FATAL_ERROR "A view including the state does not compile:\n${output}")
 endif()
 
-foreach(probe "ovel_layering_view_includes_engine|web/webkit/WebKitEngine.h"
+foreach(probe "ovel_layering_view_includes_engine|webkit/WebKitEngine.h"
               "ovel_layering_core_includes_view|chrome/WebContainer.h")
   string(REPLACE "|" ";" parts "${probe}")
   list(GET parts 0 target)

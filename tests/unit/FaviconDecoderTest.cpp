@@ -1,4 +1,4 @@
-#include "web/webkit/FaviconDecoder.h"
+#include "webkit/FaviconDecoder.h"
 #include "support/IconFiles.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "web/webkit/SoupFaviconFetcher.h"
+#include "webkit/SoupFaviconFetcher.h"
 
-#include "web/webkit/FaviconDecoder.h"
+#include "webkit/FaviconDecoder.h"
 
 #include <libsoup/soup.h>
 

@@ -1,4 +1,4 @@
-#include "web/webkit/UrlFilterAlternations.h"
+#include "webkit/UrlFilterAlternations.h"
 
 #include <nlohmann/json.hpp>
 

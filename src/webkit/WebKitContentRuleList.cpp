@@ -1,4 +1,4 @@
-#include "web/webkit/WebKitContentRuleList.h"
+#include "webkit/WebKitContentRuleList.h"
 
 #include <webkit/webkit.h>
 

@@ -1,4 +1,4 @@
-#include "web/webkit/LoadEventSequencer.h"
+#include "webkit/LoadEventSequencer.h"
 
 #include "web/WebView.h"
 

@@ -1,8 +1,8 @@
-#include "web/webkit/WebKitEngine.h"
+#include "webkit/WebKitEngine.h"
 
-#include "web/webkit/UrlFilterAlternations.h"
-#include "web/webkit/WebKitContentRuleList.h"
-#include "web/webkit/WebKitWebViewAdapter.h"
+#include "webkit/UrlFilterAlternations.h"
+#include "webkit/WebKitContentRuleList.h"
+#include "webkit/WebKitWebViewAdapter.h"
 
 #include <webkit/webkit.h>
 

@@ -1,13 +1,13 @@
-#include "web/webkit/WebKitWebViewAdapter.h"
+#include "webkit/WebKitWebViewAdapter.h"
 
 #include "web/ContentPolicies.h"
 #include "web/ErrorPage.h"
 #include "web/Url.h"
 
-#include "web/webkit/WebKitContentRuleList.h"
-#include "web/webkit/WebKitDownloadAdapter.h"
-#include "web/webkit/WebKitEngine.h"
-#include "web/webkit/WebKitPermissionReply.h"
+#include "webkit/WebKitContentRuleList.h"
+#include "webkit/WebKitDownloadAdapter.h"
+#include "webkit/WebKitEngine.h"
+#include "webkit/WebKitPermissionReply.h"
 
 #include <libsoup/soup.h>
 #include <webkit/webkit.h>

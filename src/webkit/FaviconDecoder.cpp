@@ -1,4 +1,4 @@
-#include "web/webkit/FaviconDecoder.h"
+#include "webkit/FaviconDecoder.h"
 
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"

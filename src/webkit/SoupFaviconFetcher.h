@@ -1,7 +1,7 @@
 #pragma once
 
-#include "web/FaviconFetcher.h"
 #include "gutil/GObjectRef.h"
+#include "web/FaviconFetcher.h"
 
 #include <optional>
 #include <string>

@@ -1,4 +1,4 @@
-#include "web/webkit/WebKitDownloadAdapter.h"
+#include "webkit/WebKitDownloadAdapter.h"
 
 #include <glib/gstdio.h>
 #include <webkit/webkit.h>

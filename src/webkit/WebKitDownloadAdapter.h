@@ -1,8 +1,8 @@
 #pragma once
 
-#include "web/Download.h"
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
+#include "web/Download.h"
 
 #include <memory>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "web/webkit/WebKitPermissionReply.h"
+#include "webkit/WebKitPermissionReply.h"
 
 #include <webkit/webkit.h>
 

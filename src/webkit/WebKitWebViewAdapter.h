@@ -4,9 +4,9 @@
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
 #include "web/WebView.h"
-#include "web/webkit/AuthenticationPrompter.h"
-#include "web/webkit/LoadEventSequencer.h"
-#include "web/webkit/PermissionPrompter.h"
+#include "webkit/AuthenticationPrompter.h"
+#include "webkit/LoadEventSequencer.h"
+#include "webkit/PermissionPrompter.h"
 
 #include <chrono>
 #include <cstdint>

@@ -3,8 +3,8 @@
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
 #include "web/WebEngine.h"
-#include "web/webkit/AuthenticationPrompter.h"
-#include "web/webkit/PermissionPrompter.h"
+#include "webkit/AuthenticationPrompter.h"
+#include "webkit/PermissionPrompter.h"
 
 #include <memory>
 #include <string>
