@@ -1,26 +1,12 @@
 #include "chrome/PermissionPromptDialog.h"
 
+#include "web/AnswerOnce.h"
+
 #include <adwaita.h>
 
 #include <string>
 
 namespace ovel {
-
-namespace {
-
-struct PendingAnswer {
-    std::function<void(bool)> answer;
-
-    void give(bool allow) {
-        if (answer) {
-            auto once = std::move(answer);
-            answer = nullptr;
-            once(allow);
-        }
-    }
-};
-
-} // namespace
 
 GtkWindow* PermissionPromptDialog::present(GtkWindow* parent, std::string_view host,
                                            std::string_view request,
@@ -37,18 +23,17 @@ GtkWindow* PermissionPromptDialog::present(GtkWindow* parent, std::string_view h
     adw_message_dialog_set_close_response(ADW_MESSAGE_DIALOG(dialog), "deny");
     gtk_window_set_modal(GTK_WINDOW(dialog), TRUE);
 
-    auto* pending = new PendingAnswer{std::move(answer)};
-    g_signal_connect(dialog, "response", G_CALLBACK(+[](AdwMessageDialog*, const char* response,
-                                                        PendingAnswer* waiting) {
-                         waiting->give(g_strcmp0(response, "allow") == 0);
+    // Destroyed without a response (its window closing), the dialog denies, once.
+    using Reply = AnswerOnce<bool>;
+    auto* reply = new Reply(std::move(answer), false);
+    g_signal_connect(dialog, "response",
+                     G_CALLBACK(+[](AdwMessageDialog*, const char* response, Reply* waiting) {
+                         (*waiting)(g_strcmp0(response, "allow") == 0);
                      }),
-                     pending);
-    // A dialog destroyed without a response (its window closing) still denies, once.
-    g_object_set_data_full(G_OBJECT(dialog), "ovel-pending-answer", pending, +[](gpointer data) {
-        auto* waiting = static_cast<PendingAnswer*>(data);
-        waiting->give(false);
-        delete waiting;
-    });
+                     reply);
+    g_object_set_data_full(
+        G_OBJECT(dialog), "ovel-pending-answer", reply,
+        +[](gpointer data) { delete static_cast<Reply*>(data); });
     gtk_window_present(GTK_WINDOW(dialog));
     return GTK_WINDOW(dialog);
 }

@@ -1,6 +1,7 @@
 #include "chrome/SignInDialog.h"
 
 #include "gutil/AccessibleLabel.h"
+#include "web/AnswerOnce.h"
 
 #include <adwaita.h>
 
@@ -8,24 +9,11 @@ namespace ovel {
 
 namespace {
 
+// Destroyed unanswered (the dialog closing without a response), the question is cancelled.
 struct PendingSignIn {
-    SignInDialog::Answer answer;
+    AnswerOnce<std::optional<std::pair<std::string, std::string>>> answer;
     GtkEditable* user = nullptr;
     GtkEditable* password = nullptr;
-
-    void give(bool signIn) {
-        if (!answer) {
-            return;
-        }
-        auto once = std::move(answer);
-        answer = nullptr;
-        if (signIn) {
-            once(std::make_pair(std::string(gtk_editable_get_text(user)),
-                                std::string(gtk_editable_get_text(password))));
-        } else {
-            once(std::nullopt);
-        }
-    }
 };
 
 } // namespace
@@ -57,12 +45,18 @@ GtkWindow* SignInDialog::present(GtkWindow* parent, std::string_view host, std::
     adw_message_dialog_set_close_response(ADW_MESSAGE_DIALOG(dialog), "cancel");
     gtk_window_set_modal(GTK_WINDOW(dialog), TRUE);
 
-    auto* pending =
-        new PendingSignIn{std::move(answer), GTK_EDITABLE(user), GTK_EDITABLE(password)};
+    auto* pending = new PendingSignIn{
+        {std::move(answer), std::nullopt}, GTK_EDITABLE(user), GTK_EDITABLE(password)};
     g_signal_connect(
         dialog, "response",
         G_CALLBACK(+[](AdwMessageDialog*, const char* response, PendingSignIn* waiting) {
-            waiting->give(g_strcmp0(response, "sign-in") == 0);
+            if (g_strcmp0(response, "sign-in") == 0) {
+                waiting->answer(
+                    std::make_pair(std::string(gtk_editable_get_text(waiting->user)),
+                                   std::string(gtk_editable_get_text(waiting->password))));
+            } else {
+                waiting->answer(std::nullopt);
+            }
         }),
         pending);
     // Return in the password field signs in, as in any sign-in form.
@@ -70,13 +64,9 @@ GtkWindow* SignInDialog::present(GtkWindow* parent, std::string_view host, std::
                                  adw_message_dialog_response(self, "sign-in");
                              }),
                              dialog);
-    // Destroyed without a response, the question is cancelled, once.
     g_object_set_data_full(
-        G_OBJECT(dialog), "ovel-pending-sign-in", pending, +[](gpointer data) {
-            auto* waiting = static_cast<PendingSignIn*>(data);
-            waiting->give(false);
-            delete waiting;
-        });
+        G_OBJECT(dialog), "ovel-pending-sign-in", pending,
+        +[](gpointer data) { delete static_cast<PendingSignIn*>(data); });
     gtk_window_present(GTK_WINDOW(dialog));
     return GTK_WINDOW(dialog);
 }
