@@ -6,9 +6,6 @@
 
 #include <webkit/webkit.h>
 
-#include <set>
-#include <tuple>
-
 namespace ovel {
 
 namespace {
@@ -58,29 +55,6 @@ void registerInternalSchemesOnce() {
     static_cast<void>(registered);
 }
 
-// An origin pages were loaded from: scheme, host and port (0 for the scheme's default).
-using Origin = std::tuple<std::string, std::string, unsigned>;
-
-// The origins on other than default ports of the pages loaded in this process. WebKit keys a
-// notification permission by origin, port included, while site rules name hosts: a rule covers the
-// default ports of http and https, and any other port its host was loaded from.
-std::set<Origin>& visitedOrigins() {
-    static std::set<Origin> origins;
-    return origins;
-}
-
-void appendOrigins(GList** list, const std::string& host) {
-    for (const char* scheme : {"http", "https"}) {
-        *list = g_list_prepend(*list, webkit_security_origin_new(scheme, host.c_str(), 0));
-    }
-    for (const auto& [scheme, originHost, port] : visitedOrigins()) {
-        if (originHost == host) {
-            *list = g_list_prepend(
-                *list, webkit_security_origin_new(scheme.c_str(), originHost.c_str(), port));
-        }
-    }
-}
-
 void freeOrigins(GList* list) {
     g_list_free_full(list, reinterpret_cast<GDestroyNotify>(&webkit_security_origin_unref));
 }
@@ -89,9 +63,7 @@ void freeOrigins(GList* list) {
 
 WebKitEngine::WebKitEngine(const Folders& folders)
     : session_(GObjectRef<WebKitNetworkSession>::adopt(
-          webkit_network_session_new(folders.websiteData.c_str(), folders.websiteCache.c_str()))),
-      prompter_(std::make_shared<PermissionPrompter>()),
-      authenticationPrompter_(std::make_shared<AuthenticationPrompter>()) {
+          webkit_network_session_new(folders.websiteData.c_str(), folders.websiteCache.c_str()))) {
     if (!folders.contentFilters.empty()) {
         filterStore_ = GObjectRef<WebKitUserContentFilterStore>::adopt(
             webkit_user_content_filter_store_new(folders.contentFilters.c_str()));
@@ -108,9 +80,7 @@ WebKitEngine::WebKitEngine(const Folders& folders)
 WebKitEngine::~WebKitEngine() = default;
 
 std::unique_ptr<WebView> WebKitEngine::createWebView(WebViewDelegate& delegate) {
-    return std::make_unique<WebKitWebViewAdapter>(
-        session_.get(), delegate,
-        WebKitWebViewAdapter::Prompters{prompter_, authenticationPrompter_});
+    return std::make_unique<WebKitWebViewAdapter>(*this, delegate);
 }
 
 bool WebKitEngine::compileContentRuleList(std::string_view identifier, std::string_view json,
@@ -144,9 +114,21 @@ void WebKitEngine::noteOrigin(const char* uri) {
     const unsigned port = webkit_security_origin_get_port(origin);
     // Default ports are always covered; only the others need remembering.
     if (scheme != nullptr && host != nullptr && port != 0) {
-        visitedOrigins().emplace(scheme, host, port);
+        visitedOrigins_.emplace(scheme, host, port);
     }
     webkit_security_origin_unref(origin);
+}
+
+void WebKitEngine::appendOrigins(GList** list, const std::string& host) const {
+    for (const char* scheme : {"http", "https"}) {
+        *list = g_list_prepend(*list, webkit_security_origin_new(scheme, host.c_str(), 0));
+    }
+    for (const auto& [scheme, originHost, port] : visitedOrigins_) {
+        if (originHost == host) {
+            *list = g_list_prepend(
+                *list, webkit_security_origin_new(scheme.c_str(), originHost.c_str(), port));
+        }
+    }
 }
 
 void WebKitEngine::initializeNotificationPermissions(WebKitWebContext* context) {
@@ -164,11 +146,11 @@ void WebKitEngine::initializeNotificationPermissions(WebKitWebContext* context) 
 }
 
 void WebKitEngine::setPermissionPrompter(PermissionPrompter prompter) {
-    *prompter_ = std::move(prompter);
+    prompter_ = std::move(prompter);
 }
 
 void WebKitEngine::setAuthenticationPrompter(AuthenticationPrompter prompter) {
-    *authenticationPrompter_ = std::move(prompter);
+    authenticationPrompter_ = std::move(prompter);
 }
 
 void WebKitEngine::onDownloadStarted(WebKitNetworkSession*, WebKitDownload* download,

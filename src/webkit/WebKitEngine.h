@@ -7,12 +7,15 @@
 #include "webkit/PermissionPrompter.h"
 
 #include <memory>
+#include <set>
 #include <string>
+#include <tuple>
 
 typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitUserContentFilterStore WebKitUserContentFilterStore;
 typedef struct _WebKitDownload WebKitDownload;
 typedef struct _WebKitWebContext WebKitWebContext;
+typedef struct _GList GList;
 
 namespace ovel {
 
@@ -40,7 +43,7 @@ public:
 
     // An address a page is about to load from: its origin's notification permission is handed to
     // web processes started from now on.
-    static void noteOrigin(const char* uri);
+    void noteOrigin(const char* uri);
 
     // Asks the user about the permission requests that site rules leave open. Until one is set,
     // such requests are denied.
@@ -50,17 +53,28 @@ public:
     void setAuthenticationPrompter(AuthenticationPrompter prompter);
 
     WebKitNetworkSession* networkSession() const { return session_.get(); }
+    // Read at each question: a prompter set after a view was made still asks for it.
+    const PermissionPrompter& permissionPrompter() const { return prompter_; }
+    const AuthenticationPrompter& authenticationPrompter() const { return authenticationPrompter_; }
 
 private:
+    // Scheme, host and port (0 for the scheme's default).
+    using Origin = std::tuple<std::string, std::string, unsigned>;
+
     static void onDownloadStarted(WebKitNetworkSession* session, WebKitDownload* download,
                                   WebKitEngine* self);
     void initializeNotificationPermissions(WebKitWebContext* context);
+    void appendOrigins(GList** list, const std::string& host) const;
 
     GObjectRef<WebKitNetworkSession> session_;
     GObjectRef<WebKitUserContentFilterStore> filterStore_;
-    std::shared_ptr<PermissionPrompter> prompter_;
-    std::shared_ptr<AuthenticationPrompter> authenticationPrompter_;
+    PermissionPrompter prompter_;
+    AuthenticationPrompter authenticationPrompter_;
     NotificationPermissions notificationPermissions_;
+    // The origins on other than default ports that pages were loaded from. WebKit keys a
+    // notification permission by origin, port included, while site rules name hosts: a rule
+    // covers the default ports of http and https, and any other port its host was loaded from.
+    std::set<Origin> visitedOrigins_;
     GSignalConnections signals_;
 };
 

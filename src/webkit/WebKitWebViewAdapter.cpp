@@ -1,5 +1,6 @@
 #include "webkit/WebKitWebViewAdapter.h"
 
+#include "web/AnswerOnce.h"
 #include "web/ContentPolicies.h"
 #include "web/ErrorPage.h"
 #include "web/Url.h"
@@ -7,7 +8,6 @@
 #include "webkit/WebKitContentRuleList.h"
 #include "webkit/WebKitDownloadAdapter.h"
 #include "webkit/WebKitEngine.h"
-#include "webkit/WebKitPermissionReply.h"
 
 #include <libsoup/soup.h>
 #include <webkit/webkit.h>
@@ -28,24 +28,6 @@ std::optional<std::string> nonEmpty(const char* text) {
         return std::nullopt;
     }
     return std::string(text);
-}
-
-MediaCaptureType captureType(WebKitUserMediaPermissionRequest* request) {
-    const bool video = webkit_user_media_permission_is_for_video_device(request);
-    const bool audio = webkit_user_media_permission_is_for_audio_device(request);
-    if (webkit_user_media_permission_is_for_display_device(request)) {
-        return MediaCaptureType::Other;
-    }
-    if (video && audio) {
-        return MediaCaptureType::CameraAndMicrophone;
-    }
-    if (video) {
-        return MediaCaptureType::Camera;
-    }
-    if (audio) {
-        return MediaCaptureType::Microphone;
-    }
-    return MediaCaptureType::Other;
 }
 
 bool isAttachment(WebKitURIResponse* response) {
@@ -83,36 +65,43 @@ std::string certificateProblem(GTlsCertificateFlags errors) {
     return "The certificate could not be checked.";
 }
 
-// Answers one sign-in question exactly once; dropped unanswered, it cancels.
-class AuthenticationReply {
-public:
-    explicit AuthenticationReply(WebKitAuthenticationRequest* request)
-        : request_(GObjectRef<WebKitAuthenticationRequest>::retain(request)) {}
-    ~AuthenticationReply() { answer(std::nullopt); }
+// Answers one sign-in question; dropped unanswered, it cancels. It holds the request, not the
+// view, so the answer may come after the tab is gone.
+AnswerOnce<std::optional<Credentials>> replyTo(WebKitAuthenticationRequest* request) {
+    auto held = GObjectRef<WebKitAuthenticationRequest>::retain(request);
+    return AnswerOnce<std::optional<Credentials>>(
+        [held](std::optional<Credentials> credentials) {
+            if (!credentials) {
+                // The load it belongs to fails, as if the site had refused.
+                webkit_authentication_request_cancel(held.get());
+                return;
+            }
+            WebKitCredential* credential =
+                webkit_credential_new(credentials->user.c_str(), credentials->password.c_str(),
+                                      WEBKIT_CREDENTIAL_PERSISTENCE_FOR_SESSION);
+            webkit_authentication_request_authenticate(held.get(), credential);
+            webkit_credential_free(credential);
+        },
+        std::nullopt);
+}
 
-    AuthenticationReply(const AuthenticationReply&) = delete;
-    AuthenticationReply& operator=(const AuthenticationReply&) = delete;
-
-    void answer(const std::optional<Credentials>& credentials) {
-        auto request = std::move(request_);
-        if (!request) {
-            return;
-        }
-        if (!credentials) {
-            // The load it belongs to fails, as if the site had refused.
-            webkit_authentication_request_cancel(request.get());
-            return;
-        }
-        WebKitCredential* credential =
-            webkit_credential_new(credentials->user.c_str(), credentials->password.c_str(),
-                                  WEBKIT_CREDENTIAL_PERSISTENCE_FOR_SESSION);
-        webkit_authentication_request_authenticate(request.get(), credential);
-        webkit_credential_free(credential);
-    }
-
-private:
-    GObjectRef<WebKitAuthenticationRequest> request_;
-};
+// A widget starts with a floating reference; retain() sinks it so the adapter owns it. A related
+// view takes its opener's network session.
+GObjectRef<WebKitWebView> makeView(WebKitNetworkSession* session, WebKitWebView* relatedView) {
+    auto settings = GObjectRef<WebKitSettings>::adopt(webkit_settings_new());
+    webkit_settings_set_enable_developer_extras(settings.get(), TRUE);
+    webkit_settings_set_enable_back_forward_navigation_gestures(settings.get(), TRUE);
+    auto contentManager =
+        GObjectRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
+    GObject* made = relatedView != nullptr
+                        ? G_OBJECT(g_object_new(WEBKIT_TYPE_WEB_VIEW, "related-view", relatedView,
+                                                "settings", settings.get(), "user-content-manager",
+                                                contentManager.get(), nullptr))
+                        : G_OBJECT(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session,
+                                                "settings", settings.get(), "user-content-manager",
+                                                contentManager.get(), nullptr));
+    return GObjectRef<WebKitWebView>::retain(WEBKIT_WEB_VIEW(made));
+}
 
 } // namespace
 
@@ -130,8 +119,8 @@ public:
         if (made_ != nullptr) {
             return nullptr;
         }
-        auto view = std::make_unique<WebKitWebViewAdapter>(opener_.session_, delegate,
-                                                           opener_.prompters_, opener_.view_.get());
+        auto view =
+            std::make_unique<WebKitWebViewAdapter>(opener_.engine_, delegate, opener_.view_.get());
         made_ = view.get();
         return view;
     }
@@ -144,28 +133,23 @@ private:
     WebKitWebViewAdapter* made_ = nullptr;
 };
 
-WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebViewDelegate& delegate,
-                                           Prompters prompters, WebKitWebView* relatedView)
-    : delegate_(delegate), session_(session), prompters_(std::move(prompters)),
+WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitEngine& engine, WebViewDelegate& delegate,
+                                           WebKitWebView* relatedView)
+    : view_(makeView(engine.networkSession(), relatedView)), delegate_(delegate), engine_(engine),
       sequencer_(
           delegate,
           {[this] { titleTimer_.start(titleWait, [this] { sequencer_.titleWaitExpired(); }); },
-           [this] { titleTimer_.cancel(); }}) {
-    auto settings = GObjectRef<WebKitSettings>::adopt(webkit_settings_new());
-    webkit_settings_set_enable_developer_extras(settings.get(), TRUE);
-    webkit_settings_set_enable_back_forward_navigation_gestures(settings.get(), TRUE);
-    auto contentManager =
-        GObjectRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
-    // A widget starts with a floating reference; retain() sinks it so this adapter owns it. A
-    // related view takes its opener's network session.
-    GObject* made = relatedView != nullptr
-                        ? G_OBJECT(g_object_new(WEBKIT_TYPE_WEB_VIEW, "related-view", relatedView,
-                                                "settings", settings.get(), "user-content-manager",
-                                                contentManager.get(), nullptr))
-                        : G_OBJECT(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session,
-                                                "settings", settings.get(), "user-content-manager",
-                                                contentManager.get(), nullptr));
-    view_ = GObjectRef<WebKitWebView>::retain(WEBKIT_WEB_VIEW(made));
+           [this] { titleTimer_.cancel(); }}),
+      gate_({[this](std::chrono::milliseconds timeout) {
+                 loadTimer_.start(timeout, [this] { timedLoadExpired(); });
+             },
+             [this] { loadTimer_.cancel(); },
+             [this] {
+                 heldLoadTimer_.start(std::chrono::milliseconds(0), [this] { gate_.handOver(); });
+             },
+             [this] { heldLoadTimer_.cancel(); }}),
+      permissions_(view_.get(), delegate, engine.permissionPrompter(),
+                   [this] { return currentHost(); }) {
     webkit_web_view_set_zoom_level(view_.get(), initialZoom);
     g_object_set_qdata(G_OBJECT(view_.get()), adapterQuark(), this);
 
@@ -178,7 +162,6 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     signals_.connect(view, "resource-load-started", G_CALLBACK(&onResourceLoadStarted), this);
     signals_.connect(view, "notify::is-loading", G_CALLBACK(&onLoadingChanged), this);
     signals_.connect(view, "decide-policy", G_CALLBACK(&onDecidePolicy), this);
-    signals_.connect(view, "permission-request", G_CALLBACK(&onPermissionRequest), this);
     signals_.connect(view, "web-process-terminated", G_CALLBACK(&onWebProcessTerminated), this);
     signals_.connect(view, "notify::is-web-process-responsive", G_CALLBACK(&onResponsiveChanged),
                      this);
@@ -191,8 +174,6 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
     openLinkAction_ = GObjectRef<GSimpleAction>::adopt(
         g_simple_action_new("open-link-in-new-tab", G_VARIANT_TYPE_STRING));
     signals_.connect(openLinkAction_.get(), "activate", G_CALLBACK(&onOpenLinkInNewTab), this);
-    signals_.connect(view, "query-permission-state", G_CALLBACK(&onQueryPermissionState), this);
-    signals_.connect(view, "show-notification", G_CALLBACK(&onShowNotification), this);
     signals_.connect(view, "enter-fullscreen", G_CALLBACK(&onEnterFullscreen), this);
     signals_.connect(view, "leave-fullscreen", G_CALLBACK(&onLeaveFullscreen), this);
     signals_.connect(view, "print", G_CALLBACK(&onPrintRequested), this);
@@ -201,7 +182,6 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitNetworkSession* session, WebVie
 WebKitWebViewAdapter::~WebKitWebViewAdapter() {
     // The widget may outlive the adapter in its container: it must not call back.
     signals_.disconnectAll();
-    notificationSignals_.disconnectAll();
     titleTimer_.cancel();
     loadTimer_.cancel();
     heldLoadTimer_.cancel();
@@ -233,72 +213,38 @@ void WebKitWebViewAdapter::adoptDownload(WebKitDownload* download) {
 
 void WebKitWebViewAdapter::load(const LoadRequest& request) {
     requestedUri_ = request.url;
-    requestLoad([this, request] {
-        showingTitlelessHTML_ = false;
-        // WebKit has no request time-out of its own. The timer stops a load that has gone this
-        // long without anything arriving; every arrival starts it over, so a slow page that
-        // keeps sending is never cut off.
-        idleTimeout_ = request.timeout;
-        loadTimer_.start(idleTimeout_, [this] { timedLoadExpired(); });
-        timedLoadPending_ = true;
-        timedLoadRunning_ = false;
-        WebKitEngine::noteOrigin(request.url.c_str());
-        webkit_web_view_load_uri(view_.get(), request.url.c_str());
-    });
+    gate_.request(
+        [this, url = request.url] {
+            showingTitlelessHTML_ = false;
+            engine_.noteOrigin(url.c_str());
+            webkit_web_view_load_uri(view_.get(), url.c_str());
+        },
+        request.timeout);
 }
 
 void WebKitWebViewAdapter::loadHTMLString(std::string_view html) {
     requestedUri_.reset();
-    requestLoad([this, html = std::string(html)] {
-        forgetTimedLoad();
-        // Generated HTML is known in full: without a title element there is no title to wait for.
-        showingTitlelessHTML_ = toLowerAscii(html).find("<title") == std::string::npos;
-        // Without a base URL WebKit shows the page as about:blank, which url() reports as none.
-        webkit_web_view_load_html(view_.get(), html.c_str(), nullptr);
-    });
-}
-
-// A new view's web process is launched by its first load. A second load asked for before the
-// first has started can leave WebKit doing neither, with no start and no failure to tell (seen
-// with a new tab's start page followed at once by an address). So the latest request waits
-// until the first load has ended and is handed over then; not as soon as it starts, because a
-// load asked for while another commits makes WebKit report the newer address for the page
-// that commits.
-void WebKitWebViewAdapter::requestLoad(std::function<void()> issue) {
-    if (firstLoadAsked_ && !firstLoadEnded_) {
-        heldLoad_ = std::move(issue);
-        return;
-    }
-    firstLoadAsked_ = true;
-    issue();
-}
-
-void WebKitWebViewAdapter::releaseHeldLoad() {
-    if (!firstLoadAsked_ || firstLoadEnded_) {
-        return;
-    }
-    firstLoadEnded_ = true;
-    if (heldLoad_) {
-        // Handed over from the main loop: not from inside WebKit's signal about the first load.
-        heldLoadTimer_.start(std::chrono::milliseconds(0), [this] {
-            auto issue = std::move(heldLoad_);
-            heldLoad_ = nullptr;
-            if (issue) {
-                issue();
-            }
-        });
-    }
+    gate_.request(
+        [this, html = std::string(html)] {
+            // Generated HTML is known in full: without a title element there is no title to
+            // wait for.
+            showingTitlelessHTML_ = toLowerAscii(html).find("<title") == std::string::npos;
+            // Without a base URL WebKit shows the page as about:blank, which url() reports as
+            // none.
+            webkit_web_view_load_html(view_.get(), html.c_str(), nullptr);
+        },
+        std::nullopt);
 }
 
 void WebKitWebViewAdapter::goBack() {
     showingTitlelessHTML_ = false;
-    forgetTimedLoad();
+    gate_.forgetTimedLoad();
     webkit_web_view_go_back(view_.get());
 }
 
 void WebKitWebViewAdapter::goForward() {
     showingTitlelessHTML_ = false;
-    forgetTimedLoad();
+    gate_.forgetTimedLoad();
     webkit_web_view_go_forward(view_.get());
 }
 
@@ -306,10 +252,11 @@ void WebKitWebViewAdapter::reload() {
     // A load WebKit has not started yet (its web process may still be launching) fetches the
     // page afresh anyway, under the rules and scripts the view has now: reloading would only
     // throw it away and start over, which at launch costs the restored page its head start.
-    if (timedLoadPending_ && webkit_web_view_get_is_web_process_responsive(view_.get())) {
+    if (gate_.timedLoad() == LoadGate::TimedLoad::Pending &&
+        webkit_web_view_get_is_web_process_responsive(view_.get())) {
         return;
     }
-    forgetTimedLoad();
+    gate_.forgetTimedLoad();
     errorPageTimer_.cancel();
     // A hung process would never answer: it is ended first, and the page loads in a new one.
     if (!webkit_web_view_get_is_web_process_responsive(view_.get())) {
@@ -322,34 +269,18 @@ void WebKitWebViewAdapter::reload() {
 }
 
 void WebKitWebViewAdapter::stopLoading() {
-    heldLoad_ = nullptr;
-    heldLoadTimer_.cancel();
-    forgetTimedLoad();
+    gate_.stop();
     webkit_web_view_stop_loading(view_.get());
 }
 
-void WebKitWebViewAdapter::forgetTimedLoad() {
-    loadTimer_.cancel();
-    timedLoadPending_ = false;
-    timedLoadRunning_ = false;
-}
-
-void WebKitWebViewAdapter::noteActivity() {
-    if (timedLoadPending_ || timedLoadRunning_) {
-        loadTimer_.start(idleTimeout_, [this] { timedLoadExpired(); });
-    }
-}
-
 void WebKitWebViewAdapter::timedLoadExpired() {
-    const bool wasRunning = timedLoadRunning_;
-    timedLoadPending_ = false;
-    timedLoadRunning_ = false;
+    const LoadGate::Expiry expiry = gate_.timeoutExpired();
     webkit_web_view_stop_loading(view_.get());
     // WebKit reports the stop as a cancelled load, but only later (or never, if the web process
     // hangs): the failure is announced now and WebKit's own report then finds nothing loading.
     // A load stopped before WebKit started it (a web process slow to launch) is dropped
     // without a word, and the tab, which heard no start, hears nothing.
-    if (wasRunning) {
+    if (expiry == LoadGate::Expiry::Failed) {
         sequencer_.loadFailed();
     }
 }
@@ -447,11 +378,7 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
     case WEBKIT_LOAD_STARTED:
         self->hasEmptyTitle_ = false;
         ++self->titleQuery_;
-        // A navigation that replaces the timed one first fails it, which ends the time-out.
-        if (self->timedLoadPending_) {
-            self->timedLoadPending_ = false;
-            self->timedLoadRunning_ = true;
-        }
+        self->gate_.loadStarted();
         self->sequencer_.loadStarted();
         break;
     case WEBKIT_LOAD_REDIRECTED:
@@ -464,10 +391,6 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
     case WEBKIT_LOAD_FINISHED:
         // Also sent after every load-failed; the sequencer ignores that one.
         if (self->sequencer_.isLoading()) {
-            // Left running, the timer would stop the page's later requests (fetches, images).
-            if (self->timedLoadRunning_) {
-                self->forgetTimedLoad();
-            }
             self->noteCommittedUri();
         }
         if (self->title()) {
@@ -478,7 +401,7 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
             self->sequencer_.loadFinished(LoadEventSequencer::Title::Pending);
             self->askForTitleElement();
         }
-        self->releaseHeldLoad();
+        self->gate_.loadEnded();
         break;
     }
 }
@@ -489,12 +412,8 @@ int WebKitWebViewAdapter::onLoadFailed(WebKitWebView*, int, char*, GError*,
     // A user's stop (WEBKIT_NETWORK_ERROR_CANCELLED) and a load that became a download
     // (WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) are not errors to show
     // either, and the tab shows none.
-    if (self->sequencer_.isLoading() && self->timedLoadRunning_) {
-        // Left running, the timer would stop the page's later requests (fetches, images).
-        self->forgetTimedLoad();
-    }
     self->sequencer_.loadFailed();
-    self->releaseHeldLoad();
+    self->gate_.loadEnded();
     // Handled: WebKit would otherwise replace the page with its own error page.
     return TRUE;
 }
@@ -504,7 +423,7 @@ void WebKitWebViewAdapter::onLoadingChanged(WebKitWebView* view, GParamSpec*,
     // The first load ended without a finish or a failure (dropped before it began): nothing
     // stands in the way of the held one any more.
     if (!webkit_web_view_is_loading(view)) {
-        self->releaseHeldLoad();
+        self->gate_.loadingStopped();
     }
 }
 
@@ -534,13 +453,13 @@ void WebKitWebViewAdapter::noteCommittedUri() {
 void WebKitWebViewAdapter::onProgressChanged(WebKitWebView*, GParamSpec*,
                                              WebKitWebViewAdapter* self) {
     // WebKit's estimate moves as the page's bytes arrive.
-    self->noteActivity();
+    self->gate_.activity();
     self->delegate_.estimatedProgressDidChange();
 }
 
 void WebKitWebViewAdapter::onResourceLoadStarted(WebKitWebView* view, WebKitWebResource* resource,
                                                  WebKitURIRequest*, WebKitWebViewAdapter* self) {
-    self->noteActivity();
+    self->gate_.activity();
     // A resource's response and its end count as arrivals too. Connected through the view, so
     // an adapter that is gone is not called.
     g_signal_connect_object(resource, "notify::response", G_CALLBACK(&onResourceEvent), view,
@@ -551,7 +470,7 @@ void WebKitWebViewAdapter::onResourceLoadStarted(WebKitWebView* view, WebKitWebR
 
 void WebKitWebViewAdapter::onResourceEvent(WebKitWebView* view) {
     if (auto* self = forWebKitView(view)) {
-        self->noteActivity();
+        self->gate_.activity();
     }
 }
 
@@ -593,7 +512,7 @@ int WebKitWebViewAdapter::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* d
         navigation.url =
             nonEmpty(webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)));
         if (navigation.url) {
-            WebKitEngine::noteOrigin(navigation.url->c_str());
+            self->engine_.noteOrigin(navigation.url->c_str());
         }
         navigation.isLinkClick = webkit_navigation_action_get_navigation_type(action) ==
                                  WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
@@ -652,89 +571,10 @@ std::string WebKitWebViewAdapter::currentHost() const {
     return url ? siteRuleKey(*url).value_or(std::string()) : std::string();
 }
 
-int WebKitWebViewAdapter::onPermissionRequest(WebKitWebView*, WebKitPermissionRequest* request,
-                                              WebKitWebViewAdapter* self) {
-    // Requests carry no origin: the page shown is the one asking.
-    PermissionQuestion question{self->currentHost(), MediaCaptureType::Other, self->widget()};
-    PermissionDecision decision;
-    if (WEBKIT_IS_USER_MEDIA_PERMISSION_REQUEST(request)) {
-        const auto type = captureType(WEBKIT_USER_MEDIA_PERMISSION_REQUEST(request));
-        question.kind = type;
-        decision = self->delegate_.decideMediaCapturePermission(question.host, type);
-    } else if (WEBKIT_IS_GEOLOCATION_PERMISSION_REQUEST(request)) {
-        question.kind = SitePermissionKind::Location;
-        decision =
-            self->delegate_.decideSitePermission(question.host, SitePermissionKind::Location);
-    } else if (WEBKIT_IS_NOTIFICATION_PERMISSION_REQUEST(request)) {
-        // WebKit only asks when the page requests it from a user gesture; without one the
-        // page is denied before anything reaches us.
-        question.kind = SitePermissionKind::Notifications;
-        decision =
-            self->delegate_.decideSitePermission(question.host, SitePermissionKind::Notifications);
-    } else {
-        // Kinds the browser does not offer: WebKit denies a request left unhandled.
-        return FALSE;
-    }
-    switch (decision) {
-    case PermissionDecision::Grant:
-        webkit_permission_request_allow(request);
-        break;
-    case PermissionDecision::Deny:
-        webkit_permission_request_deny(request);
-        break;
-    case PermissionDecision::Prompt:
-        self->askUser(request, std::move(question));
-        break;
-    }
-    return TRUE;
-}
-
-int WebKitWebViewAdapter::onQueryPermissionState(WebKitWebView*, WebKitPermissionStateQuery* query,
-                                                 WebKitWebViewAdapter* self) {
-    // Notification.permission and navigator.permissions.query() read the site's rule without
-    // asking anyone; kinds the browser keeps no rule for are left to WebKit.
-    const std::string_view name = webkit_permission_state_query_get_name(query);
-    std::optional<SitePermissionKind> kind;
-    if (name == "notifications") {
-        kind = SitePermissionKind::Notifications;
-    } else if (name == "geolocation") {
-        kind = SitePermissionKind::Location;
-    }
-    const char* host =
-        webkit_security_origin_get_host(webkit_permission_state_query_get_security_origin(query));
-    if (!kind || host == nullptr) {
-        return FALSE;
-    }
-    WebKitPermissionState state = WEBKIT_PERMISSION_STATE_PROMPT;
-    switch (self->delegate_.decideSitePermission(toLowerAscii(host), *kind)) {
-    case PermissionDecision::Grant:
-        state = WEBKIT_PERMISSION_STATE_GRANTED;
-        break;
-    case PermissionDecision::Deny:
-        state = WEBKIT_PERMISSION_STATE_DENIED;
-        break;
-    case PermissionDecision::Prompt:
-        break;
-    }
-    webkit_permission_state_query_finish(query, state);
-    return TRUE;
-}
-
-void WebKitWebViewAdapter::askUser(WebKitPermissionRequest* request, PermissionQuestion question) {
-    auto reply = std::make_shared<WebKitPermissionReply>(request);
-    const auto& prompter = prompters_.permission;
-    if (!prompter || !*prompter) {
-        reply->answer(false);
-        return;
-    }
-    // The answer holds the request, not this adapter, so it may come after the tab is gone.
-    (*prompter)(question, [reply](bool allow) { reply->answer(allow); });
-}
-
 void WebKitWebViewAdapter::onWebProcessTerminated(WebKitWebView*, int, WebKitWebViewAdapter* self) {
     // A crash, a kill or too much memory: the page is gone without a load event. What was
     // loading has failed; the tab keeps its title and address and can reload.
-    self->forgetTimedLoad();
+    self->gate_.forgetTimedLoad();
     self->sequencer_.processTerminated();
     if (!self->restartingProcess_) {
         self->delegate_.webProcessDidTerminate();
@@ -797,9 +637,6 @@ int WebKitWebViewAdapter::onLoadFailedWithTlsErrors(WebKitWebView*, char* failin
     // Nothing of the page arrived: the connection ended at the certificate, and there is no
     // way past it. The load fails for the tab, and the error page takes the failing address,
     // so the address field and back and forward stay with it.
-    if (self->sequencer_.isLoading() && self->timedLoadRunning_) {
-        self->forgetTimedLoad();
-    }
     self->sequencer_.loadFailed();
     const std::optional<Url> url = Url::fromEngine(failingUri != nullptr ? failingUri : "");
     std::string html =
@@ -811,54 +648,28 @@ int WebKitWebViewAdapter::onLoadFailedWithTlsErrors(WebKitWebView*, char* failin
         self->showingTitlelessHTML_ = false;
         webkit_web_view_load_alternate_html(self->view_.get(), html.c_str(), uri.c_str(), nullptr);
     });
-    self->releaseHeldLoad();
+    self->gate_.loadEnded();
     return TRUE;
 }
 
 int WebKitWebViewAdapter::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request,
                                          WebKitWebViewAdapter* self) {
-    auto reply = std::make_shared<AuthenticationReply>(request);
-    const auto& prompter = self->prompters_.authentication;
-    if (!prompter || !*prompter) {
-        reply->answer(std::nullopt);
+    auto reply = std::make_shared<AnswerOnce<std::optional<Credentials>>>(replyTo(request));
+    const AuthenticationPrompter& prompter = self->engine_.authenticationPrompter();
+    if (!prompter) {
+        (*reply)(std::nullopt);
         return TRUE;
     }
     const char* realm = webkit_authentication_request_get_realm(request);
     const char* host = webkit_authentication_request_get_host(request);
     AuthenticationQuestion question{toLowerAscii(host != nullptr ? host : ""),
                                     realm != nullptr ? realm : "", self->widget()};
-    // The answer holds the request, not this adapter, so it may come after the tab is gone.
-    (*prompter)(question,
-                [reply](std::optional<Credentials> credentials) { reply->answer(credentials); });
+    prompter(question,
+             [reply](std::optional<Credentials> credentials) { (*reply)(std::move(credentials)); });
     return TRUE;
 }
 
-// Notifications, full screen and printing
-
-int WebKitWebViewAdapter::onShowNotification(WebKitWebView*, WebKitNotification* notification,
-                                             WebKitWebViewAdapter* self) {
-    // WebKit only shows notifications of pages allowed to; they go to the desktop, not to
-    // WebKit's own fallback.
-    PageNotification shown{webkit_notification_get_id(notification),
-                           nonEmpty(webkit_notification_get_title(notification)).value_or(""),
-                           nonEmpty(webkit_notification_get_body(notification)).value_or("")};
-    if (!self->notificationHandlers_.contains(shown.id)) {
-        self->notificationHandlers_[shown.id] = self->notificationSignals_.connect(
-            notification, "closed", G_CALLBACK(&onNotificationClosed), self);
-    }
-    self->delegate_.pageDidShowNotification(shown);
-    return TRUE;
-}
-
-void WebKitWebViewAdapter::onNotificationClosed(WebKitNotification* notification,
-                                                WebKitWebViewAdapter* self) {
-    // Closed by the page (notification.close(), or its tag reused) or by WebKit as the page goes.
-    const std::uint64_t id = webkit_notification_get_id(notification);
-    if (auto handler = self->notificationHandlers_.extract(id)) {
-        self->notificationSignals_.disconnect(handler.mapped());
-    }
-    self->delegate_.pageDidCloseNotification(id);
-}
+// Full screen and printing
 
 // WebKit itself makes the window full screen and back; the browser only hides and restores
 // its chrome around the page.

@@ -4,27 +4,19 @@
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
 #include "web/WebView.h"
-#include "webkit/AuthenticationPrompter.h"
 #include "webkit/LoadEventSequencer.h"
-#include "webkit/PermissionPrompter.h"
+#include "webkit/LoadGate.h"
+#include "webkit/WebKitPagePermissions.h"
 
 #include <chrono>
-#include <cstdint>
-#include <functional>
-#include <map>
-#include <memory>
 #include <optional>
 #include <string>
 
 typedef struct _WebKitWebView WebKitWebView;
-typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitDownload WebKitDownload;
 typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
-typedef struct _WebKitPermissionRequest WebKitPermissionRequest;
 typedef struct _WebKitWebResource WebKitWebResource;
 typedef struct _WebKitURIRequest WebKitURIRequest;
-typedef struct _WebKitNotification WebKitNotification;
-typedef struct _WebKitPermissionStateQuery WebKitPermissionStateQuery;
 typedef struct _WebKitPrintOperation WebKitPrintOperation;
 typedef struct _GAsyncResult GAsyncResult;
 typedef struct _GTlsCertificate GTlsCertificate;
@@ -37,6 +29,8 @@ typedef struct _WebKitAuthenticationRequest WebKitAuthenticationRequest;
 
 namespace ovel {
 
+class WebKitEngine;
+
 // A tab's page in WebKitGTK: one WebKitWebView with its own settings and user content manager,
 // reporting to the tab through the WebViewDelegate. The window shows widget().
 class WebKitWebViewAdapter final : public WebView {
@@ -44,17 +38,11 @@ public:
     // How long a finished page may take to tell its title before it finishes untitled.
     static constexpr std::chrono::milliseconds titleWait{1000};
 
-    // Who puts the engine's questions to the user. Each is read at each question, so it may be
-    // set after the view is made.
-    struct Prompters {
-        std::shared_ptr<const PermissionPrompter> permission;
-        std::shared_ptr<const AuthenticationPrompter> authentication;
-    };
-
+    // The engine gives the view its network session and the user's prompters, and outlives it.
     // With `relatedView`, the new view is a window that page asked for: it runs in the same web
     // process and session, and its page can reach its opener.
-    WebKitWebViewAdapter(WebKitNetworkSession* session, WebViewDelegate& delegate,
-                         Prompters prompters, WebKitWebView* relatedView = nullptr);
+    WebKitWebViewAdapter(WebKitEngine& engine, WebViewDelegate& delegate,
+                         WebKitWebView* relatedView = nullptr);
     ~WebKitWebViewAdapter() override;
 
     WebKitWebViewAdapter(const WebKitWebViewAdapter&) = delete;
@@ -106,8 +94,6 @@ private:
     static void onTitleElementAnswer(GObject* view, GAsyncResult* result, void* query);
     static int onDecidePolicy(WebKitWebView* view, WebKitPolicyDecision* decision, int type,
                               WebKitWebViewAdapter* self);
-    static int onPermissionRequest(WebKitWebView* view, WebKitPermissionRequest* request,
-                                   WebKitWebViewAdapter* self);
     static void onWebProcessTerminated(WebKitWebView* view, int reason, WebKitWebViewAdapter* self);
     static void onResponsiveChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static GtkWidget* onCreate(WebKitWebView* view, WebKitNavigationAction* action,
@@ -123,70 +109,44 @@ private:
                               WebKitWebViewAdapter* self);
 
     friend class WebKitNewWebViewRequest;
-    static int onQueryPermissionState(WebKitWebView* view, WebKitPermissionStateQuery* query,
-                                      WebKitWebViewAdapter* self);
-    static int onShowNotification(WebKitWebView* view, WebKitNotification* notification,
-                                  WebKitWebViewAdapter* self);
-    static void onNotificationClosed(WebKitNotification* notification, WebKitWebViewAdapter* self);
     static int onEnterFullscreen(WebKitWebView* view, WebKitWebViewAdapter* self);
     static int onLeaveFullscreen(WebKitWebView* view, WebKitWebViewAdapter* self);
     static int onPrintRequested(WebKitWebView* view, WebKitPrintOperation* operation,
                                 WebKitWebViewAdapter* self);
 
-    // Hands a load to WebKit, or keeps it while the view's first load has not ended.
-    void requestLoad(std::function<void()> issue);
-    // Called at every end of a load: the first one to end hands a kept load to WebKit.
-    void releaseHeldLoad();
     void noteCommittedUri();
     // The site-rule key of the page shown (siteRuleKey); empty when it has no host.
     std::string currentHost() const;
-    void askUser(WebKitPermissionRequest* request, PermissionQuestion question);
-    // Drops the time-out of the last load(), which no longer concerns what is loading.
-    void forgetTimedLoad();
     void timedLoadExpired();
-    // Something of the page arrived: the time-out of the last load() starts over.
-    void noteActivity();
     // Asks the page whether it has a title element, once WebKit reports no title.
     void askForTitleElement();
 
     GObjectRef<WebKitWebView> view_;
     WebViewDelegate& delegate_;
-    WebKitNetworkSession* session_;
-    Prompters prompters_;
+    WebKitEngine& engine_;
     // Behind the page's context menu item "Open Link in New Tab"; its target is the link.
     GObjectRef<GSimpleAction> openLinkAction_;
     GSignalConnections signals_;
     GLibTimer titleTimer_;
     GLibTimer loadTimer_;
+    GLibTimer heldLoadTimer_;
     LoadEventSequencer sequencer_;
+    LoadGate gate_;
+    WebKitPagePermissions permissions_;
     // get_uri already shows a navigation that has not committed; this is the page shown.
     std::optional<std::string> committedUri_;
     // The address of the last load(), reported until anything commits.
     std::optional<std::string> requestedUri_;
-    // The load() with a time-out has been asked for but WebKit has not started it yet.
-    bool timedLoadPending_ = false;
-    // The load() with a time-out is the navigation under way.
-    bool timedLoadRunning_ = false;
-    // How long the last load() may go without anything arriving.
-    std::chrono::milliseconds idleTimeout_{0};
     // The page shown has a title element whose text is empty.
     bool hasEmptyTitle_ = false;
     // Counts the pages: an answer about the title element of an earlier one is dropped.
     unsigned titleQuery_ = 0;
     // The last thing asked for was generated HTML without a title element.
     bool showingTitlelessHTML_ = false;
-    bool firstLoadAsked_ = false;
-    bool firstLoadEnded_ = false;
-    // The latest load asked for while the first had not ended.
-    std::function<void()> heldLoad_;
-    GLibTimer heldLoadTimer_;
     // Shows the error page of a refused certificate once the failed load has fully ended.
     GLibTimer errorPageTimer_;
     // This adapter is ending a hung page's process itself, to load it again: not a crash.
     bool restartingProcess_ = false;
-    // The page's notifications on show, each heard until it closes.
-    GSignalConnections notificationSignals_;
-    std::map<std::uint64_t, unsigned long> notificationHandlers_;
 };
 
 } // namespace ovel
