@@ -7,6 +7,7 @@
 #include "web/Connections.h"
 #include "web/Notices.h"
 #include "web/Published.h"
+#include "web/TabHost.h"
 #include "web/WebView.h"
 
 #include <functional>
@@ -34,7 +35,7 @@ struct SelectionChange {
 // profile's collections, the profile list, the user's settings and the flags the views read.
 // Everyone reads its fields; only its operations write them. Views are told what changed once
 // per operation, after every invariant holds again.
-class BrowserState : public std::enable_shared_from_this<BrowserState> {
+class BrowserState : public std::enable_shared_from_this<BrowserState>, private TabHost {
     // First, so the fields below can announce through it.
     std::shared_ptr<NoticeQueue> notices_ = std::make_shared<NoticeQueue>();
 
@@ -63,7 +64,7 @@ public:
 
     // Reads the settings, loads the active profile and starts compiling the rule list.
     static std::shared_ptr<BrowserState> create(const BrowserServices& services);
-    ~BrowserState();
+    ~BrowserState() override;
 
     BrowserState(const BrowserState&) = delete;
     BrowserState& operator=(const BrowserState&) = delete;
@@ -250,7 +251,7 @@ private:
     void announceSelection();
 
     // The one way to make a tab: content first (the stored address, else the start page, else
-    // the new page a site asked for, which the engine loads), then policies, then callbacks.
+    // the new page a site asked for, which the engine loads), then policies, then the binding.
     std::shared_ptr<BrowserTab> makeTab(const std::optional<TabStore>& record,
                                         NewWebViewRequest* adopting = nullptr);
     // Puts a tab opened from `opener`'s page next to it: after the tabs already opened from
@@ -259,6 +260,7 @@ private:
     // The one way to replace every tab at once (profile switch, workspace restore).
     enum class ReloadSelected { No, Yes };
     void replaceTabs(const std::vector<TabStore>& records, int selected, ReloadSelected reload);
+    // Makes this state the tab's host and re-announces the tab's changes as its own.
     void bind(BrowserTab& tab);
     void addTabAndSelect(std::shared_ptr<BrowserTab> tab);
     void pushClosedTab(TabStore record);
@@ -273,6 +275,19 @@ private:
 
     void saveBlob(std::string_view base, const std::string& profileID,
                   std::function<std::string()> encode);
+
+    // TabHost
+    void tabDidFinishPage(BrowserTab& tab) override;
+    void tabDidReportDownload(const DownloadEvent& event) override;
+    bool tabRequestsInternalPage(std::string_view address) override;
+    void tabWillNavigate(BrowserTab& tab, const Url& url) override;
+    PermissionDecision tabRequestsMediaCapture(std::string_view host,
+                                               MediaCaptureType type) override;
+    PermissionDecision tabRequestsSitePermission(std::string_view host,
+                                                 SitePermissionKind kind) override;
+    bool tabRequestsNewWebView(BrowserTab& opener, NewWebViewRequest& request) override;
+    void tabRequestsBackgroundTab(BrowserTab& opener, const Url& url) override;
+    void tabDidChangeFullscreen(BrowserTab& tab, bool fullscreen) override;
 
     BrowserServices services_;
     std::vector<TabStore> closedTabs_;
