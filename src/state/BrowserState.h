@@ -104,24 +104,11 @@ public:
     std::shared_ptr<BrowserTab> selectedTab() const;
     const std::optional<Uuid>& draggedTabID() const { return draggedTabID_; }
     const std::vector<TabStore>& closedTabs() const { return closedTabs_; }
-    bool isBootstrapping() const { return isBootstrapping_; }
-    bool isSwitchingProfileState() const { return isSwitchingProfileState_; }
     bool hasAdBlockList() const { return adBlockList_ != nullptr; }
     int indexOfTab(const Uuid& id) const;
 
     // The per-profile key: base name, one full stop, profile id.
     static std::string profileKey(std::string_view base, std::string_view profileID);
-
-    // Persistence.
-    void persistSession(const std::optional<std::string>& profileID = std::nullopt);
-    void persistClosedTabs(const std::optional<std::string>& profileID = std::nullopt);
-    void persistProfiles();
-    void saveBookmarks(const std::string& profileID, const std::vector<Bookmark>& list);
-    void saveHistory(const std::string& profileID, const std::vector<HistoryEntry>& list);
-    void saveSitePermissions(const std::string& profileID, const SitePermissionRules& rules);
-    void saveWorkspaceSnapshots(const std::string& profileID,
-                                const std::vector<WorkspaceSnapshot>& list);
-    std::vector<Bookmark> loadBookmarks(const std::string& profileID);
 
     // Tab operations.
     void selectTab(int index);
@@ -138,8 +125,6 @@ public:
     bool canMoveTabRight(int index) const;
     int pinnedCount() const;
     void reorderTab(const Uuid& draggedID, const Uuid& targetID, bool insertAfter);
-    void setDraggedTab(std::optional<Uuid> id);
-    void setDropTarget(std::optional<Uuid> id, bool insertAfter);
     // Dragging a tab onto another. `x` is the pointer's distance from the target item's leading
     // edge: past `dropAfterThreshold` the drop lands after the target, else before it.
     static constexpr double dropAfterThreshold = 72;
@@ -204,19 +189,12 @@ public:
     void setShowTabOverview(bool value);
     void setShowCommandPalette(bool value);
 
-    // Content policies.
-    void applyAdBlock(BrowserTab& tab);
-    void applyAdBlockToAllTabs();
-    void applyPasskeyPolicy(BrowserTab& tab);
-    void applyPasskeyPolicyToAllTabs();
+    // The selected tab's site and its permission rule.
     std::string currentHost() const;
     SitePermissionRule currentSiteRule() const;
     // Stores `rule` for the current host, replacing any earlier one.
     void setCurrentSiteRule(const SitePermissionRule& rule);
     void clearCurrentSiteRule();
-
-    // Start pages.
-    void refreshStartPagesForTheme();
 
     // Downloads.
     void openDownload(const DownloadRecord& record);
@@ -267,6 +245,28 @@ private:
     void setSelectionToTab(const Uuid& id);
     void movePinnedTabToSection(int index);
     void moveTab(int from, int to);
+
+    void setDropTarget(std::optional<Uuid> id, bool insertAfter);
+
+    // Saving, each under the given profile's key (the active profile's when none is given), and
+    // loading the bookmarks, which are stored without their ids.
+    void persistSession(const std::optional<std::string>& profileID = std::nullopt);
+    void persistClosedTabs(const std::optional<std::string>& profileID = std::nullopt);
+    void persistProfiles();
+    void saveBookmarks(const std::string& profileID, const std::vector<Bookmark>& list);
+    void saveHistory(const std::string& profileID, const std::vector<HistoryEntry>& list);
+    void saveSitePermissions(const std::string& profileID, const SitePermissionRules& rules);
+    void saveWorkspaceSnapshots(const std::string& profileID,
+                                const std::vector<WorkspaceSnapshot>& list);
+    std::vector<Bookmark> loadBookmarks(const std::string& profileID);
+
+    // Content blocking on one tab, or on all with the selected one loaded again under it.
+    void applyAdBlock(BrowserTab& tab);
+    void applyAdBlockToAllTabs();
+    // The scripts the rule of the tab's site gives its page.
+    void applyPasskeyPolicy(BrowserTab& tab);
+    // Start pages on show take the new theme.
+    void refreshStartPagesForTheme();
 
     bool openInternalPageIfNeeded(std::string_view text);
     void recordHistory(const Url& url, const std::string& title);
