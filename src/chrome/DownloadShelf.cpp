@@ -1,7 +1,7 @@
 #include "chrome/DownloadShelf.h"
 
+#include "presentation/DownloadControls.h"
 #include "state/BrowserState.h"
-#include "web/DownloadControls.h"
 
 #include <algorithm>
 

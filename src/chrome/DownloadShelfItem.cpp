@@ -2,8 +2,8 @@
 
 #include "gutil/AccessibleLabel.h"
 #include "gutil/IconNames.h"
+#include "presentation/DownloadControls.h"
 #include "state/BrowserState.h"
-#include "web/DownloadControls.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "web/InternalPages.h"
+#include "presentation/InternalPages.h"
 
 #include <glib.h>
 

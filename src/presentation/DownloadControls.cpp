@@ -1,4 +1,4 @@
-#include "web/DownloadControls.h"
+#include "presentation/DownloadControls.h"
 
 #include <algorithm>
 
