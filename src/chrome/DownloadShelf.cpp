@@ -1,6 +1,6 @@
 #include "chrome/DownloadShelf.h"
 
-#include "presentation/DownloadControls.h"
+#include "presentation/DownloadActions.h"
 #include "state/BrowserState.h"
 
 #include <algorithm>

@@ -91,24 +91,6 @@ std::array<std::string, 4> aboutLines(const BrowserCounts& counts) {
             "Downloads: " + std::to_string(counts.downloads)};
 }
 
-std::vector<DownloadAction> downloadActions(const DownloadRecord& record) {
-    switch (record.status) {
-    case DownloadStatus::Started:
-        return {DownloadAction::Pause, DownloadAction::Cancel};
-    case DownloadStatus::Paused:
-        return {DownloadAction::Resume, DownloadAction::Cancel};
-    case DownloadStatus::Finished:
-        if (record.destinationPath) {
-            return {DownloadAction::Reveal};
-        }
-        return {};
-    case DownloadStatus::Failed:
-    case DownloadStatus::Cancelled:
-        return {DownloadAction::Retry};
-    }
-    return {};
-}
-
 std::string abbreviatedDateTime(Date when, std::string_view timeZone) {
     std::unique_ptr<GTimeZone, TimeZoneDeleter> zone(
         timeZone.empty() ? g_time_zone_ref(localTimeZone())

@@ -65,27 +65,5 @@ TEST(InternalPages, CountedTextsKeepTheirWordsWhateverTheCount) {
                                           "Downloads: 12345"}));
 }
 
-TEST(InternalPages, DownloadButtonsFollowTheStatus) {
-    using A = DownloadAction;
-    const struct {
-        DownloadStatus status;
-        std::optional<std::string> path;
-        std::vector<DownloadAction> actions;
-    } cases[] = {
-        {DownloadStatus::Started, "/tmp/a", {A::Pause, A::Cancel}},
-        {DownloadStatus::Paused, std::nullopt, {A::Resume, A::Cancel}},
-        {DownloadStatus::Finished, "/tmp/a", {A::Reveal}},
-        {DownloadStatus::Finished, std::nullopt, {}},
-        {DownloadStatus::Failed, std::nullopt, {A::Retry}},
-        {DownloadStatus::Cancelled, "/tmp/a", {A::Retry}},
-    };
-    for (const auto& c : cases) {
-        DownloadRecord record;
-        record.status = c.status;
-        record.destinationPath = c.path;
-        EXPECT_EQ(downloadActions(record), c.actions) << rawValue(c.status);
-    }
-}
-
 } // namespace
 } // namespace ovel
