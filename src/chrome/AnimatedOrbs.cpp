@@ -1,6 +1,6 @@
 #include "chrome/AnimatedOrbs.h"
 
-#include "web/ThemeColors.h"
+#include "presentation/ThemeColors.h"
 
 #include <algorithm>
 #include <cmath>

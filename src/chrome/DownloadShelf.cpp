@@ -1,7 +1,7 @@
 #include "chrome/DownloadShelf.h"
 
+#include "presentation/DownloadActions.h"
 #include "state/BrowserState.h"
-#include "web/DownloadControls.h"
 
 #include <algorithm>
 

@@ -2,8 +2,8 @@
 
 #include "gutil/AccessibleLabel.h"
 #include "gutil/IconNames.h"
+#include "presentation/DownloadActions.h"
 #include "state/BrowserState.h"
-#include "web/DownloadControls.h"
 
 #include <string>
 
@@ -70,30 +70,31 @@ void DownloadShelfItem::build() {
     gtk_box_append(GTK_BOX(root_), texts);
     setAccessibleLabel(root_, item_.fileName.c_str());
 
-    if (item_.destinationPath) {
-        iconButton("folder", "Show in Folder", G_CALLBACK(+[](GtkButton*, DownloadShelfItem* self) {
-                       self->state_.openDownload(self->item_);
-                   }));
-    }
-    for (DownloadControl control : downloadControls(item_.status)) {
-        switch (control) {
-        case DownloadControl::Pause:
+    for (DownloadAction action : downloadActions(item_, DownloadPlace::Shelf)) {
+        switch (action) {
+        case DownloadAction::Reveal:
+            iconButton("folder", "Show in Folder",
+                       G_CALLBACK(+[](GtkButton*, DownloadShelfItem* self) {
+                           self->state_.openDownload(self->item_);
+                       }));
+            break;
+        case DownloadAction::Pause:
             iconButton("pause.fill", "Pause", G_CALLBACK(+[](GtkButton*, DownloadShelfItem* self) {
                            self->state_.pauseDownload(self->item_);
                        }));
             break;
-        case DownloadControl::Resume:
+        case DownloadAction::Resume:
             iconButton("play.fill", "Resume", G_CALLBACK(+[](GtkButton*, DownloadShelfItem* self) {
                            self->state_.resumeDownload(self->item_);
                        }));
             break;
-        case DownloadControl::Cancel:
+        case DownloadAction::Cancel:
             iconButton("xmark.circle", "Cancel",
                        G_CALLBACK(+[](GtkButton*, DownloadShelfItem* self) {
                            self->state_.cancelDownload(self->item_);
                        }));
             break;
-        case DownloadControl::Retry:
+        case DownloadAction::Retry:
             iconButton("arrow.clockwise", "Retry",
                        G_CALLBACK(+[](GtkButton*, DownloadShelfItem* self) {
                            self->state_.retryDownload(self->item_);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "web/ThemeColors.h"
+#include "presentation/ThemeColors.h"
 
 #include <cairo.h>
 

@@ -1,7 +1,7 @@
 #include "chrome/ToolbarView.h"
 
+#include "presentation/ToolbarState.h"
 #include "state/BrowserState.h"
-#include "state/ToolbarState.h"
 
 namespace ovel {
 

@@ -3,8 +3,8 @@
 #include "chrome/CrashedPageView.h"
 #include "gutil/GLibTimer.h"
 #include "gutil/GObjectRef.h"
+#include "presentation/InternalPages.h"
 #include "web/Connections.h"
-#include "web/InternalPages.h"
 
 #include <gtk/gtk.h>
 

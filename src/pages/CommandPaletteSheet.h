@@ -3,7 +3,7 @@
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
 #include "pages/SheetOrbs.h"
-#include "state/CommandPalette.h"
+#include "presentation/CommandPalette.h"
 #include "web/Connections.h"
 
 #include <gtk/gtk.h>

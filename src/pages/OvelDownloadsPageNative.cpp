@@ -4,8 +4,8 @@
 #include "pages/IconActionButton.h"
 #include "pages/OvelInfoRow.h"
 #include "pages/OvelInternalPageShell.h"
+#include "presentation/DownloadActions.h"
 #include "state/BrowserState.h"
-#include "web/InternalPages.h"
 
 #include <algorithm>
 
@@ -176,7 +176,7 @@ void OvelDownloadsPageNative::update(Card& card, const DownloadRecord& record) {
     gtk_label_set_text(GTK_LABEL(card.status), std::string(record.statusLabel()).c_str());
     gtk_progress_bar_set_fraction(GTK_PROGRESS_BAR(card.progress),
                                   std::clamp(record.progress, 0.0, 1.0));
-    const std::vector<DownloadAction> shown = downloadActions(record);
+    const std::vector<DownloadAction> shown = downloadActions(record, DownloadPlace::DownloadsPage);
     for (auto& [action, button] : card.buttons) {
         gtk_widget_set_visible(button->widget(),
                                std::find(shown.begin(), shown.end(), action) != shown.end());

@@ -4,8 +4,8 @@
 #include "pages/IconActionButton.h"
 #include "pages/OvelInfoRow.h"
 #include "pages/OvelInternalPageShell.h"
+#include "presentation/InternalPages.h"
 #include "state/BrowserState.h"
-#include "web/InternalPages.h"
 #include "web/ListSplices.h"
 
 namespace ovel {

@@ -4,8 +4,8 @@
 #include "pages/OvelInternalPageShell.h"
 #include "pages/OvelSettingCard.h"
 #include "pages/SitePermissionEditor.h"
+#include "presentation/InternalPages.h"
 #include "state/BrowserState.h"
-#include "web/InternalPages.h"
 
 #include <algorithm>
 #include <array>

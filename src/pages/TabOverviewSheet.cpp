@@ -3,9 +3,9 @@
 #include "gutil/AccessibleLabel.h"
 #include "gutil/IconNames.h"
 #include "pages/SheetHost.h"
+#include "presentation/TabOverview.h"
+#include "presentation/TabSearch.h"
 #include "state/BrowserState.h"
-#include "state/TabOverview.h"
-#include "state/TabSearch.h"
 
 #include <set>
 

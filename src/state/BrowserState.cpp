@@ -301,90 +301,13 @@ std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>&
 }
 
 void BrowserState::bind(BrowserTab& tab) {
-    std::weak_ptr<BrowserState> weakState = weak_from_this();
-    std::weak_ptr<BrowserTab> weakTab = tab.weak_from_this();
-
-    tab.onPageUpdate = [weakState, weakTab](WebView& webView) {
-        auto state = weakState.lock();
-        auto page = weakTab.lock();
-        if (!state || !page) {
-            return;
-        }
-        auto group = state->operation();
-        const auto selected = state->selectedTab();
-        const std::optional<std::string> url = webView.url();
-        if (selected && selected->id() == page->id()) {
-            state->addressText.set(addressTextFor(*page));
-        }
-        if (std::optional<Url> parsed = url ? Url::fromEngine(*url) : std::nullopt;
-            parsed && parsed->scheme().starts_with("http")) {
-            state->recordHistory(*parsed, page->title.get());
-        }
-        state->persistSession();
-    };
-    tab.onInternalURLRequest = [weakState](const std::string& text) {
-        auto state = weakState.lock();
-        return state ? state->openInternalPageIfNeeded(text) : false;
-    };
-    tab.onNavigationRequest = [weakState, weakTab](const Url& url) {
-        auto state = weakState.lock();
-        auto page = weakTab.lock();
-        if (state && page) {
-            state->configureUserScripts(*page, url);
-        }
-    };
-    MainQueue& mainQueue = services_.mainQueue;
-    tab.onDownloadEvent = [weakState, &mainQueue](const DownloadEvent& event) {
-        mainQueue.post([weakState, event] {
-            if (auto state = weakState.lock()) {
-                state->recordDownload(event);
-            }
-        });
-    };
-    tab.onMediaPermissionRequest = [weakState](std::string_view host, MediaCaptureType type) {
-        auto state = weakState.lock();
-        return state ? mediaCaptureDecision(state->sitePermissionRules.get(), host, type)
-                     : PermissionDecision::Prompt;
-    };
-    tab.onSitePermissionRequest = [weakState](std::string_view host, SitePermissionKind kind) {
-        auto state = weakState.lock();
-        return state ? sitePermissionDecision(state->sitePermissionRules.get(), host, kind)
-                     : PermissionDecision::Prompt;
-    };
-    tab.onNewWebViewRequest = [weakState, weakTab](NewWebViewRequest& request) {
-        auto state = weakState.lock();
-        auto opener = weakTab.lock();
-        if (!state || !opener || state->indexOfTab(opener->id()) < 0) {
-            return false;
-        }
-        auto group = state->operation();
-        state->addTabFromOpener(*opener, state->makeTab(std::nullopt, &request), true);
-        return true;
-    };
-    tab.onBackgroundTabRequest = [weakState, weakTab](const Url& url) {
-        auto state = weakState.lock();
-        auto opener = weakTab.lock();
-        if (!state || !opener || state->indexOfTab(opener->id()) < 0) {
-            return;
-        }
-        auto group = state->operation();
-        state->addTabFromOpener(*opener, state->makeTab(TabStore{url.absoluteString(), false}),
-                                false);
-    };
-    // Only the page on show may take the window; any page leaving full screen gives it back.
-    tab.onFullscreenChange = [weakState, weakTab](bool fullscreen) {
-        auto state = weakState.lock();
-        auto page = weakTab.lock();
-        if (!state || !page) {
-            return;
-        }
-        auto group = state->operation();
-        const auto selected = state->selectedTab();
-        state->pageFullscreen.set(fullscreen && selected && selected->id() == page->id());
-    };
+    // The host shares the state's own lifetime: a tab that outlives the state asks nothing.
+    tab.bindHost(std::shared_ptr<TabHost>(shared_from_this(), static_cast<TabHost*>(this)));
 
     // A tab that has left the strip (closed, or held by someone after a restore) says nothing
     // more to views.
+    std::weak_ptr<BrowserState> weakState = weak_from_this();
+    std::weak_ptr<BrowserTab> weakTab = tab.weak_from_this();
     tabSubscriptions_.add(tab.changed.connect([weakState, weakTab](TabFields fields) {
         auto state = weakState.lock();
         auto page = weakTab.lock();
@@ -392,6 +315,69 @@ void BrowserState::bind(BrowserTab& tab) {
             state->tabChanged.emit(*page, fields);
         }
     }));
+}
+
+void BrowserState::tabDidFinishPage(BrowserTab& tab) {
+    auto group = operation();
+    const auto selected = selectedTab();
+    if (selected && selected->id() == tab.id()) {
+        addressText.set(addressTextFor(tab));
+    }
+    if (const std::optional<Url> url = tab.webViewUrl(); url && url->scheme().starts_with("http")) {
+        recordHistory(*url, tab.title.get());
+    }
+    persistSession();
+}
+
+void BrowserState::tabDidReportDownload(const DownloadEvent& event) {
+    // Applied once more later, after the engine's callback has long returned.
+    services_.mainQueue.post([weakState = weak_from_this(), event] {
+        if (auto state = weakState.lock()) {
+            state->recordDownload(event);
+        }
+    });
+}
+
+bool BrowserState::tabRequestsInternalPage(std::string_view address) {
+    return openInternalPageIfNeeded(address);
+}
+
+void BrowserState::tabWillNavigate(BrowserTab& tab, const Url& url) {
+    configureUserScripts(tab, url);
+}
+
+PermissionDecision BrowserState::tabRequestsMediaCapture(std::string_view host,
+                                                         MediaCaptureType type) {
+    return mediaCaptureDecision(sitePermissionRules.get(), host, type);
+}
+
+PermissionDecision BrowserState::tabRequestsSitePermission(std::string_view host,
+                                                           SitePermissionKind kind) {
+    return sitePermissionDecision(sitePermissionRules.get(), host, kind);
+}
+
+bool BrowserState::tabRequestsNewWebView(BrowserTab& opener, NewWebViewRequest& request) {
+    if (indexOfTab(opener.id()) < 0) {
+        return false;
+    }
+    auto group = operation();
+    addTabFromOpener(opener, makeTab(std::nullopt, &request), true);
+    return true;
+}
+
+void BrowserState::tabRequestsBackgroundTab(BrowserTab& opener, const Url& url) {
+    if (indexOfTab(opener.id()) < 0) {
+        return;
+    }
+    auto group = operation();
+    addTabFromOpener(opener, makeTab(TabStore{url.absoluteString(), false}), false);
+}
+
+// Only the page on show may take the window; any page leaving full screen gives it back.
+void BrowserState::tabDidChangeFullscreen(BrowserTab& tab, bool fullscreen) {
+    auto group = operation();
+    const auto selected = selectedTab();
+    pageFullscreen.set(fullscreen && selected && selected->id() == tab.id());
 }
 
 } // namespace ovel

@@ -7,6 +7,7 @@
 #include "web/Connections.h"
 #include "web/Notices.h"
 #include "web/Published.h"
+#include "web/TabHost.h"
 #include "web/WebView.h"
 
 #include <functional>
@@ -34,7 +35,7 @@ struct SelectionChange {
 // profile's collections, the profile list, the user's settings and the flags the views read.
 // Everyone reads its fields; only its operations write them. Views are told what changed once
 // per operation, after every invariant holds again.
-class BrowserState : public std::enable_shared_from_this<BrowserState> {
+class BrowserState : public std::enable_shared_from_this<BrowserState>, private TabHost {
     // First, so the fields below can announce through it.
     std::shared_ptr<NoticeQueue> notices_ = std::make_shared<NoticeQueue>();
 
@@ -63,7 +64,7 @@ public:
 
     // Reads the settings, loads the active profile and starts compiling the rule list.
     static std::shared_ptr<BrowserState> create(const BrowserServices& services);
-    ~BrowserState();
+    ~BrowserState() override;
 
     BrowserState(const BrowserState&) = delete;
     BrowserState& operator=(const BrowserState&) = delete;
@@ -103,24 +104,11 @@ public:
     std::shared_ptr<BrowserTab> selectedTab() const;
     const std::optional<Uuid>& draggedTabID() const { return draggedTabID_; }
     const std::vector<TabStore>& closedTabs() const { return closedTabs_; }
-    bool isBootstrapping() const { return isBootstrapping_; }
-    bool isSwitchingProfileState() const { return isSwitchingProfileState_; }
     bool hasAdBlockList() const { return adBlockList_ != nullptr; }
     int indexOfTab(const Uuid& id) const;
 
     // The per-profile key: base name, one full stop, profile id.
     static std::string profileKey(std::string_view base, std::string_view profileID);
-
-    // Persistence.
-    void persistSession(const std::optional<std::string>& profileID = std::nullopt);
-    void persistClosedTabs(const std::optional<std::string>& profileID = std::nullopt);
-    void persistProfiles();
-    void saveBookmarks(const std::string& profileID, const std::vector<Bookmark>& list);
-    void saveHistory(const std::string& profileID, const std::vector<HistoryEntry>& list);
-    void saveSitePermissions(const std::string& profileID, const SitePermissionRules& rules);
-    void saveWorkspaceSnapshots(const std::string& profileID,
-                                const std::vector<WorkspaceSnapshot>& list);
-    std::vector<Bookmark> loadBookmarks(const std::string& profileID);
 
     // Tab operations.
     void selectTab(int index);
@@ -137,8 +125,6 @@ public:
     bool canMoveTabRight(int index) const;
     int pinnedCount() const;
     void reorderTab(const Uuid& draggedID, const Uuid& targetID, bool insertAfter);
-    void setDraggedTab(std::optional<Uuid> id);
-    void setDropTarget(std::optional<Uuid> id, bool insertAfter);
     // Dragging a tab onto another. `x` is the pointer's distance from the target item's leading
     // edge: past `dropAfterThreshold` the drop lands after the target, else before it.
     static constexpr double dropAfterThreshold = 72;
@@ -203,19 +189,12 @@ public:
     void setShowTabOverview(bool value);
     void setShowCommandPalette(bool value);
 
-    // Content policies.
-    void applyAdBlock(BrowserTab& tab);
-    void applyAdBlockToAllTabs();
-    void applyPasskeyPolicy(BrowserTab& tab);
-    void applyPasskeyPolicyToAllTabs();
+    // The selected tab's site and its permission rule.
     std::string currentHost() const;
     SitePermissionRule currentSiteRule() const;
     // Stores `rule` for the current host, replacing any earlier one.
     void setCurrentSiteRule(const SitePermissionRule& rule);
     void clearCurrentSiteRule();
-
-    // Start pages.
-    void refreshStartPagesForTheme();
 
     // Downloads.
     void openDownload(const DownloadRecord& record);
@@ -250,7 +229,7 @@ private:
     void announceSelection();
 
     // The one way to make a tab: content first (the stored address, else the start page, else
-    // the new page a site asked for, which the engine loads), then policies, then callbacks.
+    // the new page a site asked for, which the engine loads), then policies, then the binding.
     std::shared_ptr<BrowserTab> makeTab(const std::optional<TabStore>& record,
                                         NewWebViewRequest* adopting = nullptr);
     // Puts a tab opened from `opener`'s page next to it: after the tabs already opened from
@@ -259,12 +238,35 @@ private:
     // The one way to replace every tab at once (profile switch, workspace restore).
     enum class ReloadSelected { No, Yes };
     void replaceTabs(const std::vector<TabStore>& records, int selected, ReloadSelected reload);
+    // Makes this state the tab's host and re-announces the tab's changes as its own.
     void bind(BrowserTab& tab);
     void addTabAndSelect(std::shared_ptr<BrowserTab> tab);
     void pushClosedTab(TabStore record);
     void setSelectionToTab(const Uuid& id);
     void movePinnedTabToSection(int index);
     void moveTab(int from, int to);
+
+    void setDropTarget(std::optional<Uuid> id, bool insertAfter);
+
+    // Saving, each under the given profile's key (the active profile's when none is given), and
+    // loading the bookmarks, which are stored without their ids.
+    void persistSession(const std::optional<std::string>& profileID = std::nullopt);
+    void persistClosedTabs(const std::optional<std::string>& profileID = std::nullopt);
+    void persistProfiles();
+    void saveBookmarks(const std::string& profileID, const std::vector<Bookmark>& list);
+    void saveHistory(const std::string& profileID, const std::vector<HistoryEntry>& list);
+    void saveSitePermissions(const std::string& profileID, const SitePermissionRules& rules);
+    void saveWorkspaceSnapshots(const std::string& profileID,
+                                const std::vector<WorkspaceSnapshot>& list);
+    std::vector<Bookmark> loadBookmarks(const std::string& profileID);
+
+    // Content blocking on one tab, or on all with the selected one loaded again under it.
+    void applyAdBlock(BrowserTab& tab);
+    void applyAdBlockToAllTabs();
+    // The scripts the rule of the tab's site gives its page.
+    void applyPasskeyPolicy(BrowserTab& tab);
+    // Start pages on show take the new theme.
+    void refreshStartPagesForTheme();
 
     bool openInternalPageIfNeeded(std::string_view text);
     void recordHistory(const Url& url, const std::string& title);
@@ -273,6 +275,19 @@ private:
 
     void saveBlob(std::string_view base, const std::string& profileID,
                   std::function<std::string()> encode);
+
+    // TabHost
+    void tabDidFinishPage(BrowserTab& tab) override;
+    void tabDidReportDownload(const DownloadEvent& event) override;
+    bool tabRequestsInternalPage(std::string_view address) override;
+    void tabWillNavigate(BrowserTab& tab, const Url& url) override;
+    PermissionDecision tabRequestsMediaCapture(std::string_view host,
+                                               MediaCaptureType type) override;
+    PermissionDecision tabRequestsSitePermission(std::string_view host,
+                                                 SitePermissionKind kind) override;
+    bool tabRequestsNewWebView(BrowserTab& opener, NewWebViewRequest& request) override;
+    void tabRequestsBackgroundTab(BrowserTab& opener, const Url& url) override;
+    void tabDidChangeFullscreen(BrowserTab& tab, bool fullscreen) override;
 
     BrowserServices services_;
     std::vector<TabStore> closedTabs_;

@@ -42,6 +42,12 @@ void BrowserState::dropExited(const Uuid& target) {
     }
 }
 
+void BrowserState::setDropTarget(std::optional<Uuid> id, bool insertAfter) {
+    auto group = operation();
+    dropTargetTabID.set(std::move(id));
+    dropInsertAfter.set(insertAfter);
+}
+
 bool BrowserState::performDrop(const Uuid& target) {
     auto group = operation();
     const std::optional<Uuid> dragged = std::exchange(draggedTabID_, std::nullopt);

@@ -45,12 +45,6 @@ void BrowserState::applyPasskeyPolicy(BrowserTab& tab) {
     configureUserScripts(tab, tab.webViewUrl());
 }
 
-void BrowserState::applyPasskeyPolicyToAllTabs() {
-    for (const auto& tab : tabs.get()) {
-        applyPasskeyPolicy(*tab);
-    }
-}
-
 std::string BrowserState::currentHost() const {
     const auto tab = selectedTab();
     const std::optional<Url> url = tab ? tab->webViewUrl() : std::nullopt;

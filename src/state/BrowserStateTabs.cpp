@@ -256,16 +256,6 @@ void BrowserState::reorderTab(const Uuid& draggedID, const Uuid& targetID, bool 
     moveTab(from, gap);
 }
 
-void BrowserState::setDraggedTab(std::optional<Uuid> id) {
-    draggedTabID_ = std::move(id);
-}
-
-void BrowserState::setDropTarget(std::optional<Uuid> id, bool insertAfter) {
-    auto group = operation();
-    dropTargetTabID.set(std::move(id));
-    dropInsertAfter.set(insertAfter);
-}
-
 void BrowserState::goBack() {
     if (const auto tab = selectedTab()) {
         tab->mutableWebView().goBack();

@@ -69,8 +69,8 @@ void BrowserTab::showInternalPage(std::string_view address, std::string_view pag
     title.set(std::string(pageTitle));
 }
 
-// Each engine event is one operation: what it changes, here and through the callbacks in the
-// state, is announced together when it ends.
+// Each engine event is one operation: what it changes, here and through the host, is announced
+// together when it ends.
 
 void BrowserTab::didStartProvisionalNavigation() {
     NoticeQueue::Group group(*notices_);
@@ -89,8 +89,8 @@ void BrowserTab::didFinishNavigation() {
     canGoBack.set(webView_->canGoBack());
     canGoForward.set(webView_->canGoForward());
     isLoading.set(false);
-    if (onPageUpdate) {
-        onPageUpdate(*webView_);
+    if (const auto host = host_.lock()) {
+        host->tabDidFinishPage(*this);
     }
     fetchFavicon();
 }
@@ -112,16 +112,16 @@ NavigationActionPolicy BrowserTab::decidePolicy(const NavigationAction& action) 
     // behind it. Internal addresses open in place, as they do from the address field.
     const bool wantsBackgroundTab =
         action.isLinkClick && (action.mouseButton == 2 || action.controlKey);
-    if (wantsBackgroundTab && url && url->scheme() != "chrome" && url->scheme() != "ovel" &&
-        onBackgroundTabRequest) {
-        onBackgroundTabRequest(*url);
+    const bool internal = url && (url->scheme() == "chrome" || url->scheme() == "ovel");
+    const auto host = host_.lock();
+    if (wantsBackgroundTab && url && !internal && host) {
+        host->tabRequestsBackgroundTab(*this, *url);
         return NavigationActionPolicy::Cancel;
     }
-    if (url && onNavigationRequest) {
-        onNavigationRequest(*url);
+    if (url && host) {
+        host->tabWillNavigate(*this, *url);
     }
-    if (url && (url->scheme() == "chrome" || url->scheme() == "ovel") && onInternalURLRequest &&
-        onInternalURLRequest(url->absoluteString())) {
+    if (internal && host && host->tabRequestsInternalPage(url->absoluteString())) {
         return NavigationActionPolicy::Cancel;
     }
     return action.shouldPerformDownload ? NavigationActionPolicy::Download
@@ -143,30 +143,31 @@ void BrowserTab::navigationDidBecomeDownload(std::shared_ptr<Download> download)
 
 PermissionDecision BrowserTab::decideMediaCapturePermission(std::string_view host,
                                                             MediaCaptureType type) {
-    if (!onMediaPermissionRequest) {
-        return PermissionDecision::Prompt;
-    }
-    return onMediaPermissionRequest(toLowerAscii(host), type);
+    NoticeQueue::Group group(*notices_);
+    const auto tabHost = host_.lock();
+    return tabHost ? tabHost->tabRequestsMediaCapture(toLowerAscii(host), type)
+                   : PermissionDecision::Prompt;
 }
 
 PermissionDecision BrowserTab::decideSitePermission(std::string_view host,
                                                     SitePermissionKind kind) {
-    if (!onSitePermissionRequest) {
-        return PermissionDecision::Prompt;
-    }
-    return onSitePermissionRequest(toLowerAscii(host), kind);
+    NoticeQueue::Group group(*notices_);
+    const auto tabHost = host_.lock();
+    return tabHost ? tabHost->tabRequestsSitePermission(toLowerAscii(host), kind)
+                   : PermissionDecision::Prompt;
 }
 
 bool BrowserTab::createWebViewForNewTab(NewWebViewRequest& request) {
     NoticeQueue::Group group(*notices_);
-    return onNewWebViewRequest ? onNewWebViewRequest(request) : false;
+    const auto host = host_.lock();
+    return host ? host->tabRequestsNewWebView(*this, request) : false;
 }
 
 void BrowserTab::openLinkInNewTab(std::string_view url) {
     NoticeQueue::Group group(*notices_);
     const std::optional<Url> link = Url::fromEngine(url);
-    if (link && onBackgroundTabRequest) {
-        onBackgroundTabRequest(*link);
+    if (const auto host = host_.lock(); link && host) {
+        host->tabRequestsBackgroundTab(*this, *link);
     }
 }
 
@@ -198,8 +199,9 @@ void BrowserTab::pageDidCloseNotification(std::uint64_t id) {
 }
 
 void BrowserTab::pageDidChangeFullscreen(bool fullscreen) {
-    if (onFullscreenChange) {
-        onFullscreenChange(fullscreen);
+    NoticeQueue::Group group(*notices_);
+    if (const auto host = host_.lock()) {
+        host->tabDidChangeFullscreen(*this, fullscreen);
     }
 }
 
@@ -226,9 +228,7 @@ std::optional<std::string> BrowserTab::decideDestination(Download& download,
     postToSelf([event = DownloadEvent{*transfer->id, fileName, transfer->sourceURL, destination,
                                       DownloadStatus::Started, 0.08}](BrowserTab& tab) {
         tab.lastDownloadMessage.set("Downloading " + event.fileName);
-        if (tab.onDownloadEvent) {
-            tab.onDownloadEvent(event);
-        }
+        tab.reportDownload(event);
     });
     return destination;
 }
@@ -277,10 +277,14 @@ void BrowserTab::endTransfer(Download& download, DownloadStatus status, std::str
     transfers_.erase(it);
     postToSelf([event = std::move(event), message = std::move(message)](BrowserTab& tab) {
         tab.lastDownloadMessage.set(message);
-        if (tab.onDownloadEvent) {
-            tab.onDownloadEvent(event);
-        }
+        tab.reportDownload(event);
     });
+}
+
+void BrowserTab::reportDownload(const DownloadEvent& event) {
+    if (const auto host = host_.lock()) {
+        host->tabDidReportDownload(event);
+    }
 }
 
 void BrowserTab::fetchFavicon() {

@@ -6,6 +6,7 @@
 #include "web/FaviconFetcher.h"
 #include "web/Notices.h"
 #include "web/Published.h"
+#include "web/TabHost.h"
 #include "web/Url.h"
 #include "web/WebView.h"
 
@@ -47,8 +48,8 @@ private:
 };
 
 // One tab: owns its web view, publishes what the chrome shows of it, and reports what the rest
-// of the browser must learn through callbacks that its owner installs. It holds no reference to
-// the browser state; only the state changes what it shows and what it loads.
+// of the browser must learn to the host it is bound to, which it holds weakly. Only its owner
+// changes what it shows and what it loads.
 class BrowserTab final : public WebViewDelegate,
                          public DownloadDelegate,
                          public std::enable_shared_from_this<BrowserTab> {
@@ -106,23 +107,6 @@ public:
     // tabs opened from one page together; none for a tab the user opened.
     const std::optional<Uuid>& openerID() const { return openerID_; }
 
-    // Installed once by the browser state; each holds the state (and the tab) weakly.
-    std::function<void(WebView&)> onPageUpdate;
-    std::function<void(const DownloadEvent&)> onDownloadEvent;
-    std::function<bool(const std::string&)> onInternalURLRequest;
-    std::function<void(const Url&)> onNavigationRequest;
-    std::function<PermissionDecision(std::string_view host, MediaCaptureType)>
-        onMediaPermissionRequest;
-    // Location and notification requests from the engine.
-    std::function<PermissionDecision(std::string_view host, SitePermissionKind)>
-        onSitePermissionRequest;
-    // The page asked for a window of its own: true when a tab took the engine's new view.
-    std::function<bool(NewWebViewRequest&)> onNewWebViewRequest;
-    // The user asked for a link in a tab of its own, behind this one.
-    std::function<void(const Url&)> onBackgroundTabRequest;
-    // The page entered or left full screen.
-    std::function<void(bool fullscreen)> onFullscreenChange;
-
     // The id under which the desktop shows the page's notification `id` of this tab.
     std::string desktopNotificationID(std::uint64_t id) const;
 
@@ -132,6 +116,8 @@ private:
     BrowserTab(const BrowserServices& services, std::shared_ptr<NoticeQueue> notices,
                NewWebViewRequest* adopting);
 
+    // Once, as the tab joins its owner.
+    void bindHost(std::weak_ptr<TabHost> host) { host_ = std::move(host); }
     WebView& mutableWebView() { return *webView_; }
     // Loads the page again; a crashed or hung page comes back in a new process.
     void reload();
@@ -193,6 +179,7 @@ private:
     Transfer* transferFor(const Download& download);
     // Reports the end of `download` under its own identity and forgets it.
     void endTransfer(Download& download, DownloadStatus status, std::string message);
+    void reportDownload(const DownloadEvent& event);
 
     void fetchFavicon();
     // Runs `task` on the main queue later, only if this tab still exists then.
@@ -200,6 +187,7 @@ private:
 
     Uuid id_;
     std::optional<Uuid> openerID_;
+    std::weak_ptr<TabHost> host_;
     std::vector<Transfer> transfers_;
     // Declared last so it goes first: the view never calls back into a half-destroyed tab.
     std::unique_ptr<WebView> webView_;

@@ -40,4 +40,11 @@ void FakeWebView::simulateProgress(double value) {
     delegate_.estimatedProgressDidChange();
 }
 
+std::shared_ptr<FakeDownload> FakeWebView::simulateDownload(std::string_view suggestedFilename) {
+    auto download = std::make_shared<FakeDownload>();
+    delegate_.navigationDidBecomeDownload(download);
+    download->respond(suggestedFilename);
+    return download;
+}
+
 } // namespace ovel::test

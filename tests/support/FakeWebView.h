@@ -1,8 +1,10 @@
 #pragma once
 
+#include "support/FakeDownload.h"
 #include "web/WebEngine.h"
 #include "web/WebView.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -43,6 +45,9 @@ public:
     void simulateNavigation(const std::string& url, std::optional<std::string> pageTitle);
     void simulateFailure();
     void simulateProgress(double value);
+    // The page's navigation became a download, whose response asks at once where to save it.
+    // The engine keeps a transfer alive while it runs: here, whoever holds the result.
+    std::shared_ptr<FakeDownload> simulateDownload(std::string_view suggestedFilename);
 
     WebViewDelegate& delegate() { return delegate_; }
 

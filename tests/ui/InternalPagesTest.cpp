@@ -181,20 +181,15 @@ TEST_F(InternalPagesTest, HistoryShowsFiveHundredEntriesWithFewRowsAndHearsOneVi
     EXPECT_NE(findByName(root, "0 entries"), nullptr);
 }
 
-DownloadEvent download(const std::string& id, DownloadStatus status, double progress,
-                       std::optional<std::string> path = std::nullopt) {
-    return DownloadEvent{id,     id + ".zip", "https://src.test/" + id, std::move(path),
-                         status, progress};
-}
-
 TEST_F(InternalPagesTest, DownloadCardsShowTheButtonsOfTheirStatusAndStayPut) {
-    auto tab = state->selectedTab();
+    showPage(0, "https://src.test/report", "Report");
     OvelDownloadsPageNative page(*state);
     show(page.widget());
     EXPECT_TRUE(shown(findByName(page.widget(), "No downloads yet.")));
-    tab->onDownloadEvent(download("report", DownloadStatus::Started, 0.4));
+    const auto transfer = viewAt(0).simulateDownload("report.zip");
     mainQueue.drain();
-    GtkWidget* card = page.cardFor("report");
+    const Uuid report = state->downloads->front().id;
+    GtkWidget* card = page.cardFor(report);
     ASSERT_NE(card, nullptr);
     EXPECT_FALSE(shown(findByName(page.widget(), "No downloads yet.")));
 
@@ -209,16 +204,16 @@ TEST_F(InternalPagesTest, DownloadCardsShowTheButtonsOfTheirStatusAndStayPut) {
         return names;
     };
     EXPECT_EQ(visible(), (std::vector<std::string>{"Pause", "Cancel"}));
-    tab->onDownloadEvent(download("report", DownloadStatus::Failed, 0.5));
+    transfer->fail("Refused");
     mainQueue.drain();
-    EXPECT_EQ(page.cardFor("report"), card) << "the same card, updated";
+    EXPECT_EQ(page.cardFor(report), card) << "the same card, updated";
     EXPECT_EQ(visible(), std::vector<std::string>{"Retry"});
     EXPECT_TRUE(shown(findByName(card, "Failed")));
     EXPECT_TRUE(click(card, "Retry"));
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/report");
 
     state->clearDownloads();
-    EXPECT_EQ(page.cardFor("report"), nullptr);
+    EXPECT_EQ(page.cardFor(report), nullptr);
     EXPECT_TRUE(waitUntil([&] { return findByName(page.widget(), "report.zip") == nullptr; }))
         << "the card slides out and goes";
 }
@@ -295,12 +290,12 @@ TEST_F(InternalPagesTest, Screenshots) {
     showPage(1, "https://maps.example.net/", "Maps");
     state->createWorkspaceSnapshot("Work & play");
     state->setCurrentSiteRule(Rule{Allow, Block});
-    auto tab = state->selectedTab();
-    tab->onDownloadEvent(download("movie", DownloadStatus::Started, 0.35));
-    tab->onDownloadEvent(download("paper", DownloadStatus::Paused, 0.6));
-    tab->onDownloadEvent(download("photos", DownloadStatus::Finished, 1, "/tmp/photos.zip"));
-    tab->onDownloadEvent(download("broken", DownloadStatus::Failed, 0.1));
+    viewAt(1).simulateDownload("movie.mp4");
+    viewAt(1).simulateDownload("paper.pdf");
+    viewAt(1).simulateDownload("photos.zip")->finish();
+    viewAt(1).simulateDownload("broken.iso")->fail("Refused");
     mainQueue.drain();
+    state->pauseDownload(state->downloads.get()[2]);
 
     const struct {
         const char* name;

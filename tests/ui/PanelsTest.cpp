@@ -71,11 +71,11 @@ protected:
         return gdk_frame_clock_get_frame_counter(clock) - start;
     }
 
-    void download(const std::string& id, DownloadStatus status,
-                  std::optional<std::string> path = std::nullopt) {
-        state->selectedTab()->onDownloadEvent(
-            DownloadEvent{id, id + ".bin", "https://src.test/" + id, std::move(path), status, 0.5});
+    // A download from the selected tab's page, its first report applied.
+    std::shared_ptr<test::FakeDownload> download(const std::string& fileName) {
+        auto transfer = viewOf(*state->selectedTab()).simulateDownload(fileName);
         mainQueue.drain();
+        return transfer;
     }
 
     std::map<const BrowserTab*, GtkWidget*> pages_;
@@ -94,7 +94,7 @@ TEST_F(PanelsTest, EachPanelFollowsItsFlagAndIsInstantWithoutSmoothAnimations) {
         {"download shelf", view_->downloadShelf(),
          [&](bool on) {
              if (on) {
-                 download("D1", DownloadStatus::Started);
+                 download("D1.bin");
              } else {
                  state->clearDownloads();
              }
@@ -145,12 +145,14 @@ TEST_F(PanelsTest, FindBarDoneHidesAndClearsTheText) {
 
 TEST_F(PanelsTest, TheShelfShowsEightItemsWithTheirControlsAndClearLeavesTransfersAlone) {
     state->setSmoothAnimations(false);
-    download("started", DownloadStatus::Started);
-    download("paused", DownloadStatus::Paused);
-    download("failed", DownloadStatus::Failed);
-    download("finished", DownloadStatus::Finished, "/tmp/finished.bin");
+    const auto started = download("started.bin");
+    download("paused.bin");
+    state->pauseDownload(state->downloads->front());
+    download("failed.bin")->fail("Refused");
+    download("finished.bin")->finish();
     for (int i = 0; i < 6; ++i) {
-        download("more" + std::to_string(i), DownloadStatus::Cancelled);
+        download("more" + std::to_string(i) + ".bin");
+        state->cancelDownload(state->downloads->front());
     }
     ASSERT_TRUE(waitUntil([&] { return view_->downloadShelf().progress() == 1.0; }, 5s));
     test::runMainLoopFor(100ms);
@@ -158,7 +160,7 @@ TEST_F(PanelsTest, TheShelfShowsEightItemsWithTheirControlsAndClearLeavesTransfe
     // Ten records, newest first: six cancelled, finished, failed, paused, started; eight shown.
     // Which records the shelf takes and which buttons a status has are the unit tests' to list;
     // here, that the shelf follows them.
-    EXPECT_EQ(countNamed(shelf, "Show in Folder"), 1u) << "only a record with a path has one";
+    EXPECT_EQ(countNamed(shelf, "Show in Folder"), 8u) << "each has its file's path";
     EXPECT_EQ(countNamed(shelf, "Retry"), 7u) << "six cancelled and one failed";
     EXPECT_EQ(countNamed(shelf, "Pause") + countNamed(shelf, "Resume"), 0u)
         << "the paused one is ninth and the started one tenth: not shown";
@@ -168,7 +170,8 @@ TEST_F(PanelsTest, TheShelfShowsEightItemsWithTheirControlsAndClearLeavesTransfe
     EXPECT_TRUE(state->downloads->empty());
     EXPECT_TRUE(waitUntil([&] { return !view_->downloadShelf().revealed(); }, 5s));
     // The transfer still runs: its next event brings it back onto the shelf.
-    download("started", DownloadStatus::Finished, "/tmp/started.bin");
+    started->finish();
+    mainQueue.drain();
     ASSERT_EQ(state->downloads->size(), 1u);
     EXPECT_EQ(state->downloads->front().status, DownloadStatus::Finished);
     EXPECT_TRUE(view_->downloadShelf().revealed());

@@ -32,7 +32,6 @@ TEST_F(BrowserStateStartup, FirstLaunchOnAnEmptyStore) {
     EXPECT_EQ(browser.searchEngine.get(), SearchEngine::Google);
     EXPECT_TRUE(browser.smoothAnimations.get());
     EXPECT_FALSE(browser.adBlockEnabled.get());
-    EXPECT_FALSE(browser.isBootstrapping());
     EXPECT_EQ(engine.compiledIdentifier, "ovel.adblock.rules");
 }
 

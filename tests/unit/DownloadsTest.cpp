@@ -81,38 +81,34 @@ TEST_F(DownloadNaming, CuttingStrayBytesStillLeavesAName) {
 
 using DownloadsList = LaunchedBrowser;
 
-DownloadEvent event(const std::string& id, DownloadStatus status, double progress,
-                    std::optional<std::string> path = std::nullopt) {
-    return DownloadEvent{id, id + ".bin", "https://src.test/", std::move(path), status, progress};
-}
-
 TEST_F(DownloadsList, EventsFoldIntoTwentyFiveNewestEntries) {
-    auto tab = state->selectedTab();
+    std::vector<std::shared_ptr<FakeDownload>> transfers;
     for (int i = 1; i <= 26; ++i) {
-        tab->onDownloadEvent(event("D" + std::to_string(i), DownloadStatus::Started, 0.08));
+        transfers.push_back(viewAt(0).simulateDownload("D" + std::to_string(i) + ".bin"));
     }
     EXPECT_TRUE(state->downloads->empty()) << "events are applied on the main queue";
     mainQueue.drain();
     ASSERT_EQ(state->downloads->size(), 25u);
-    EXPECT_EQ(state->downloads->front().id, "D26");
-    EXPECT_EQ(state->downloads->back().id, "D2");
+    EXPECT_EQ(state->downloads->front().fileName, "D26.bin");
+    EXPECT_EQ(state->downloads->back().fileName, "D2.bin");
 
-    tab->onDownloadEvent(event("D26", DownloadStatus::Finished, 1.0));
-    tab->onDownloadEvent(event("GONE", DownloadStatus::Failed, 0.0));
+    transfers[25]->finish();
+    transfers[0]->fail("Gone");
     mainQueue.drain();
-    EXPECT_EQ(state->downloads->front().id, "GONE") << "an unknown id makes a new entry";
+    EXPECT_EQ(state->downloads->front().fileName, "D1.bin") << "an unknown id makes a new entry";
     EXPECT_EQ(state->downloads.get()[1].status, DownloadStatus::Finished);
 }
 
 TEST_F(DownloadsList, ListOperationsChangeOnlyTheEntry) {
-    auto tab = state->selectedTab();
-    tab->onDownloadEvent(event("A", DownloadStatus::Started, 0.08, "/dl/A.bin"));
-    tab->onDownloadEvent(event("B", DownloadStatus::Started, 0.08, "/dl/B.bin"));
-    tab->onDownloadEvent(event("B", DownloadStatus::Finished, 1.0));
+    showPage(0, "https://src.test/", "Source");
+    const auto transferA = viewAt(0).simulateDownload("A.bin");
+    const auto transferB = viewAt(0).simulateDownload("B.bin");
+    transferB->finish();
     mainQueue.drain();
     const DownloadRecord a = state->downloads.get()[1];
     const DownloadRecord b = state->downloads.get()[0];
-    EXPECT_EQ(b.destinationPath, "/dl/B.bin") << "finishing keeps the path of the start";
+    EXPECT_EQ(b.destinationPath, "/home/user/Downloads/B.bin")
+        << "finishing keeps the path of the start";
 
     state->pauseDownload(a);
     EXPECT_EQ(state->downloads.get()[1].progress, 0.08);
@@ -124,12 +120,14 @@ TEST_F(DownloadsList, ListOperationsChangeOnlyTheEntry) {
     state->cancelDownload(a);
     EXPECT_EQ(state->downloads.get()[1].status, DownloadStatus::Cancelled);
     EXPECT_EQ(state->downloads.get()[1].progress, 0.0);
-    tab->onDownloadEvent(event("A", DownloadStatus::Finished, 1.0));
+    EXPECT_EQ(transferA->cancelCount, 1) << "the transfer stops too";
+    transferA->fail("Cancelled by the user");
     mainQueue.drain();
-    EXPECT_EQ(state->downloads.get()[1].status, DownloadStatus::Finished) << "the last word wins";
+    EXPECT_EQ(state->downloads.get()[1].status, DownloadStatus::Cancelled)
+        << "the engine's failure report of a cancel reads as cancelled";
 
     state->openDownload(state->downloads.get()[0]);
-    EXPECT_EQ(desktop.revealed, std::vector<std::string>{"/dl/B.bin"});
+    EXPECT_EQ(desktop.revealed, std::vector<std::string>{"/home/user/Downloads/B.bin"});
     state->retryDownload(state->downloads.get()[0]);
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/");
 }

@@ -1,4 +1,4 @@
-#include "web/InternalPages.h"
+#include "presentation/InternalPages.h"
 
 #include <gtest/gtest.h>
 
@@ -63,28 +63,6 @@ TEST(InternalPages, CountedTextsKeepTheirWordsWhateverTheCount) {
     EXPECT_EQ(aboutLines({1, 2, 0, 12345}),
               (std::array<std::string, 4>{"Profiles: 1", "Tabs: 2", "History Entries: 0",
                                           "Downloads: 12345"}));
-}
-
-TEST(InternalPages, DownloadButtonsFollowTheStatus) {
-    using A = DownloadAction;
-    const struct {
-        DownloadStatus status;
-        std::optional<std::string> path;
-        std::vector<DownloadAction> actions;
-    } cases[] = {
-        {DownloadStatus::Started, "/tmp/a", {A::Pause, A::Cancel}},
-        {DownloadStatus::Paused, std::nullopt, {A::Resume, A::Cancel}},
-        {DownloadStatus::Finished, "/tmp/a", {A::Reveal}},
-        {DownloadStatus::Finished, std::nullopt, {}},
-        {DownloadStatus::Failed, std::nullopt, {A::Retry}},
-        {DownloadStatus::Cancelled, "/tmp/a", {A::Retry}},
-    };
-    for (const auto& c : cases) {
-        DownloadRecord record;
-        record.status = c.status;
-        record.destinationPath = c.path;
-        EXPECT_EQ(downloadActions(record), c.actions) << rawValue(c.status);
-    }
 }
 
 } // namespace

@@ -74,12 +74,13 @@ TEST_F(Bookmarks, LoadingDropsUnparsableAddressesAndGivesFreshIds) {
         key(BrowserState::bookmarksKeyBase),
         encodeBookmarks(
             {{"One", "https://one.test/"}, {"Broken", "not a url"}, {"Two", "https://two.test/"}}));
-    const auto firstLoad = state->loadBookmarks(profileID());
-    const auto secondLoad = state->loadBookmarks(profileID());
-    ASSERT_EQ(firstLoad.size(), 2u);
-    EXPECT_EQ(firstLoad[0].title, "One");
-    EXPECT_EQ(firstLoad[1].title, "Two");
-    EXPECT_NE(firstLoad[0].id, secondLoad[0].id);
+    launch();
+    ASSERT_EQ(state->bookmarks->size(), 2u);
+    EXPECT_EQ(state->bookmarks.get()[0].title, "One");
+    EXPECT_EQ(state->bookmarks.get()[1].title, "Two");
+    const Uuid firstID = state->bookmarks->front().id;
+    launch();
+    EXPECT_NE(state->bookmarks->front().id, firstID);
 }
 
 TEST_F(WorkspaceSnapshots, NamingAndTheThirtyNewest) {

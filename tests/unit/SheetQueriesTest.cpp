@@ -1,5 +1,5 @@
-#include "state/CommandPalette.h"
-#include "state/TabOverview.h"
+#include "presentation/CommandPalette.h"
+#include "presentation/TabOverview.h"
 #include "support/BrowserFixture.h"
 
 #include <string>

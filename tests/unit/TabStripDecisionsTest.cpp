@@ -1,4 +1,4 @@
-#include "state/ToolbarState.h"
+#include "presentation/ToolbarState.h"
 #include "support/BrowserFixture.h"
 
 namespace ovel::test {
@@ -39,8 +39,10 @@ TEST_F(TabStripDecisions, EnteringShowsTheIndicatorOnlyWhereTheTabCouldLandAndUp
         {"update: exactly on the threshold", 2, Event::Update, 4, 72, 4, false},
     };
     for (const Case& c : cases) {
-        state->setDropTarget(std::nullopt, false);
-        state->setDraggedTab(c.dragged ? std::optional<Uuid>(id(c.dragged)) : std::nullopt);
+        SetUp();
+        if (c.dragged) {
+            state->beginTabDrag(id(c.dragged));
+        }
         if (c.event == Event::Enter) {
             state->dropEntered(id(c.target), c.x);
         } else {

@@ -1,4 +1,4 @@
-#include "web/ThemeColors.h"
+#include "presentation/ThemeColors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "web/InternalPages.h"
+#include "presentation/InternalPages.h"
 
 #include <glib.h>
 
@@ -89,24 +89,6 @@ std::array<std::string, 4> aboutLines(const BrowserCounts& counts) {
     return {"Profiles: " + std::to_string(counts.profiles), "Tabs: " + std::to_string(counts.tabs),
             "History Entries: " + std::to_string(counts.historyEntries),
             "Downloads: " + std::to_string(counts.downloads)};
-}
-
-std::vector<DownloadAction> downloadActions(const DownloadRecord& record) {
-    switch (record.status) {
-    case DownloadStatus::Started:
-        return {DownloadAction::Pause, DownloadAction::Cancel};
-    case DownloadStatus::Paused:
-        return {DownloadAction::Resume, DownloadAction::Cancel};
-    case DownloadStatus::Finished:
-        if (record.destinationPath) {
-            return {DownloadAction::Reveal};
-        }
-        return {};
-    case DownloadStatus::Failed:
-    case DownloadStatus::Cancelled:
-        return {DownloadAction::Retry};
-    }
-    return {};
 }
 
 std::string abbreviatedDateTime(Date when, std::string_view timeZone) {

@@ -37,11 +37,6 @@ struct BrowserCounts {
 // The about page's four lines, in order.
 std::array<std::string, 4> aboutLines(const BrowserCounts& counts);
 
-// What the user can do to a download from its card, in button order.
-enum class DownloadAction { Pause, Resume, Cancel, Reveal, Retry };
-
-std::vector<DownloadAction> downloadActions(const DownloadRecord& record);
-
 // An abbreviated date with a short time in the user's locale, e.g. "Nov 16, 2026, 8:45 PM" (or
 // "20:45" where the locale has no AM/PM), in the named time zone (an IANA identifier such as
 // "UTC"), or in the local one when none is named.

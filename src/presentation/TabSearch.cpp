@@ -1,4 +1,4 @@
-#include "state/TabSearch.h"
+#include "presentation/TabSearch.h"
 
 #include "web/Url.h"
 

@@ -1,4 +1,4 @@
-#include "state/ToolbarState.h"
+#include "presentation/ToolbarState.h"
 
 #include "state/BrowserState.h"
 

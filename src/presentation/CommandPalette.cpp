@@ -1,7 +1,7 @@
-#include "state/CommandPalette.h"
+#include "presentation/CommandPalette.h"
 
+#include "presentation/TabSearch.h"
 #include "state/BrowserState.h"
-#include "state/TabSearch.h"
 
 #include <memory>
 

@@ -1,7 +1,7 @@
-#include "state/TabOverview.h"
+#include "presentation/TabOverview.h"
 
+#include "presentation/TabSearch.h"
 #include "state/BrowserState.h"
-#include "state/TabSearch.h"
 
 namespace ovel {
 
