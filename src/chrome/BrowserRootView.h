@@ -5,7 +5,6 @@
 #include "chrome/DownloadShelf.h"
 #include "chrome/FindBar.h"
 #include "chrome/SidebarView.h"
-#include "chrome/SlideRevealer.h"
 #include "chrome/TabBar.h"
 #include "chrome/ToolbarView.h"
 #include "chrome/WebContainer.h"
@@ -13,6 +12,7 @@
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
 #include "web/Connections.h"
+#include "widgets/SlideRevealer.h"
 
 #include <gtk/gtk.h>
 

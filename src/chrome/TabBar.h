@@ -1,12 +1,12 @@
 #pragma once
 
-#include "chrome/AnimatedValue.h"
 #include "chrome/LiquidIconButton.h"
 #include "chrome/TabItem.h"
 #include "gutil/GLibTimer.h"
 #include "gutil/GObjectRef.h"
 #include "state/TabList.h"
 #include "web/Connections.h"
+#include "widgets/AnimatedValue.h"
 
 #include <gtk/gtk.h>
 
