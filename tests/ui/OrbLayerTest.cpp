@@ -1,49 +1,33 @@
 #include "widgets/OrbLayer.h"
-#include "support/GtkWait.h"
-
-#include <gtest/gtest.h>
-#include <gtk/gtk.h>
+#include "support/ViewFixture.h"
 
 #include <cmath>
 #include <cstdint>
 #include <numbers>
 
-namespace ovel {
+namespace ovel::test {
 namespace {
 
-using namespace std::chrono_literals;
-using test::runMainLoopFor;
-using test::waitUntil;
-
-class OrbLayerTest : public ::testing::Test {
+class OrbLayerTest : public ViewFixture {
 protected:
-    ~OrbLayerTest() override {
+    void TearDown() override {
         setAnimations(true);
-        if (window_ != nullptr) {
-            gtk_window_destroy(window_);
-        }
+        ViewFixture::TearDown();
     }
-
-    // Shows `orbs` alone in a 600 × 400 window and waits for its first frame.
-    void show(OrbLayer& orbs) {
-        window_ = GTK_WINDOW(gtk_window_new());
-        gtk_window_set_default_size(window_, 600, 400);
-        gtk_window_set_child(window_, orbs.widget());
-        gtk_window_present(window_);
+    // Shows `orbs` alone in a window and waits for their first frame.
+    void showOrbs(OrbLayer& orbs) {
+        show(orbs.widget(), 600, 400);
         ASSERT_TRUE(waitUntil([&] { return orbs.framesDrawn() > 0; }, 5s));
     }
-
     static void setAnimations(bool enabled) {
         g_object_set(gtk_settings_get_default(), "gtk-enable-animations", enabled, nullptr);
     }
-
-    GtkWindow* window_ = nullptr;
 };
 
 TEST_F(OrbLayerTest, MovesOnlyWhileShownAndAnimationsAreAllowed) {
     OrbLayer orbs(windowOrbLayout);
     EXPECT_FALSE(orbs.isTicking()) << "no clock before the layer is shown";
-    show(orbs);
+    showOrbs(orbs);
     ASSERT_TRUE(waitUntil([&] { return orbs.spread() > 0.0; }, 5s));
 
     gtk_widget_set_visible(GTK_WIDGET(window_), FALSE);
@@ -70,7 +54,7 @@ TEST_F(OrbLayerTest, DrawsAFrameOnlyWhenAnOrbReachesAnotherPixel) {
     // quarter and three quarters of the way), where the frame-rate cap alone would draw ten times.
     constexpr Orb orb{100, 10, 1, 0, 0, 2, 0};
     OrbLayer orbs(OrbLayout{{orb, orb}, 1});
-    show(orbs);
+    showOrbs(orbs);
     const std::uint64_t start = orbs.framesDrawn();
     runMainLoopFor(2500ms);
     const std::uint64_t frames = orbs.framesDrawn() - start;
@@ -112,4 +96,4 @@ TEST(OrbImage, BlursAsGtksBlurNodeMeans) {
 }
 
 } // namespace
-} // namespace ovel
+} // namespace ovel::test
