@@ -83,6 +83,10 @@ OrbLayer::OrbLayer(const OrbLayout& layout)
           widget_.get(), 1, [this](double) { gtk_widget_queue_draw(widget_.get()); },
           [this] { endFade(); }) {
     reinterpret_cast<OvelOrbLayerWidget*>(widget_.get())->owner = this;
+    for (const Orb& orb : layout_.orbs) {
+        longestPath_ =
+            std::max(longestPath_, std::hypot(orb.spreadX - orb.restX, orb.spreadY - orb.restY));
+    }
     GtkWidget* widget = widget_.get();
     gtk_widget_set_can_target(widget, FALSE);
     gtk_widget_set_can_focus(widget, FALSE);
@@ -230,10 +234,9 @@ void OrbLayer::tick(std::int64_t frameTime) {
     const double linear = inCycle < stretch ? static_cast<double>(inCycle) / stretch
                                             : 2.0 - static_cast<double>(inCycle) / stretch;
     const double spread = adw_easing_ease(ADW_EASE_IN_OUT_QUAD, linear);
-    // Orbs are drawn at whole device pixels: until one reaches another, a frame would show the
-    // same picture.
-    if (originsAt(spread, std::max(1, gtk_widget_get_scale_factor(widget_.get()))) ==
-        drawnOrigins_) {
+    // Orbs are drawn at whole device pixels: a frame waits until one has moved a whole pixel.
+    const int scale = std::max(1, gtk_widget_get_scale_factor(widget_.get()));
+    if (std::abs(spread - spread_) * longestPath_ * scale < 1) {
         return;
     }
     spread_ = spread;
@@ -343,12 +346,12 @@ void OrbLayer::snapshot(GtkSnapshot* snapshot) {
         fetchImages(images_, palette_, scale);
     }
 
-    drawnOrigins_ = originsAt(spread_, scale);
+    const Origins origins = originsAt(spread_, scale);
     cairo_region_t* orbArea = cairo_region_create();
     for (std::size_t i = 0; i < images_.size(); ++i) {
         const double side = images_[i]->side();
-        const double x = double(drawnOrigins_[i][0]) / scale;
-        const double y = double(drawnOrigins_[i][1]) / scale;
+        const double x = double(origins[i][0]) / scale;
+        const double y = double(origins[i][1]) / scale;
         const int left = static_cast<int>(std::floor(x));
         const int top = static_cast<int>(std::floor(y));
         cairo_rectangle_int_t square = {left, top, static_cast<int>(std::ceil(x + side)) - left,
@@ -373,8 +376,8 @@ void OrbLayer::snapshot(GtkSnapshot* snapshot) {
         cairo_clip(cr);
         for (std::size_t i = 0; i < images_.size(); ++i) {
             // Whole device pixels, so each copy is a plain blit.
-            const double x = double(drawnOrigins_[i][0]) / scale;
-            const double y = double(drawnOrigins_[i][1]) / scale;
+            const double x = double(origins[i][0]) / scale;
+            const double y = double(origins[i][1]) / scale;
             if (fading) {
                 cairo_set_source_surface(cr, previousImages_[i]->surface(), x, y);
                 cairo_paint_with_alpha(cr, 1 - blend);

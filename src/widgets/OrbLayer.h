@@ -53,8 +53,8 @@ struct OrbPalette {
 // Drawing is kept cheap (a few per cent of a core on the cairo renderer): each orb is blurred
 // once per size, colour and scale into an image that every layer shares, then only copied at
 // whole device pixels; nothing is drawn where an opaque widget covers the layer; and a frame is
-// drawn only when an orb has reached another device pixel, at most about ten times a second,
-// which at their speed looks the same as sixty. The clock stops while the layer is not shown or
+// drawn only when an orb has moved a whole device pixel, at most about ten times a second, which
+// at their speed looks the same as sixty. The clock stops while the layer is not shown or
 // its window is minimised, and the orbs rest while the desktop asks for no animations.
 class OrbLayer {
 public:
@@ -118,13 +118,15 @@ private:
     AnimatedValue fade_;
 
     guint tickId_ = 0;
-    // Time spent moving before the clock last started, when it started and the last tick (µs).
+    // Time spent moving before the clock last started, when it started, the last tick and the
+    // last tick that moved the orbs (µs).
     std::int64_t elapsedBefore_ = 0;
     std::int64_t runningSince_ = -1;
     std::int64_t lastTick_ = 0;
     std::int64_t lastMove_ = 0;
     double spread_ = 0;
-    Origins drawnOrigins_{};
+    // The farthest an orb travels between rest and spread out.
+    double longestPath_ = 0;
     std::uint64_t framesDrawn_ = 0;
 
     GtkSettings* settings_ = nullptr;
