@@ -23,16 +23,12 @@ inline constexpr TestTheme nightTheme{"night", R"(
 @define-color ovel_accent rgba(255,255,255,0.85);
 @define-color ovel_gradient_start rgba(0,0,0,0.94);
 @define-color ovel_gradient_end rgba(128,128,128,0.7);
-@define-color ovel_orb_a rgba(255,255,255,0.2);
-@define-color ovel_orb_b rgba(0,0,255,0.25);
 .ovel-design-font { font-family: Quicksand; font-weight: 600; })",
                                       BrowserTheme::Midnight};
 inline constexpr TestTheme sunriseTheme{"sunrise", R"(
 @define-color ovel_accent rgb(255,199,158);
 @define-color ovel_gradient_start rgb(97,46,26);
 @define-color ovel_gradient_end rgb(237,135,82);
-@define-color ovel_orb_a rgba(255,165,0,0.35);
-@define-color ovel_orb_b rgba(255,192,203,0.3);
 .ovel-design-font { font-family: 'Noto Serif'; })",
                                         BrowserTheme::Sunrise};
 inline constexpr TestTheme testThemes[] = {nightTheme, sunriseTheme};
