@@ -180,9 +180,7 @@ int main(int argc, char** argv) {
     gtk_css_provider_load_from_data(colours,
                                     "@define-color ovel_accent rgba(255,255,255,0.85);"
                                     "@define-color ovel_gradient_start rgba(0,0,0,0.94);"
-                                    "@define-color ovel_gradient_end rgba(128,128,128,0.7);"
-                                    "@define-color ovel_orb_a rgba(255,255,255,0.2);"
-                                    "@define-color ovel_orb_b rgba(0,122,255,0.25);",
+                                    "@define-color ovel_gradient_end rgba(128,128,128,0.7);",
                                     -1);
     GtkCssProvider* css = gtk_css_provider_new();
     gtk_css_provider_load_from_path(css, OVEL_SOURCE_DIR "/data/sheets.css");

@@ -1,6 +1,7 @@
 #include "chrome/BrowserRootView.h"
 
 #include "gutil/AccessibleLabel.h"
+#include "presentation/ThemeColors.h"
 #include "state/BrowserState.h"
 
 #include <string>
@@ -10,6 +11,25 @@ namespace ovel {
 namespace {
 
 constexpr double pageCornerRadius = 22;
+// The background's move from one theme to the next.
+constexpr Spring themeSpring{0.42, 0.86};
+
+LayerColor layerColor(const Rgba& color) {
+    return {color.red, color.green, color.blue, color.alpha};
+}
+
+// The theme's gradient and orbs, which the window draws in its orb layer.
+OrbPalette backgroundPalette(BrowserTheme theme) {
+    const ThemeColors colors = themeColors(theme);
+    OrbPalette palette;
+    for (std::size_t i = 0; i < palette.orbs.size(); ++i) {
+        palette.orbs[i] = layerColor(colors.orbColors[i]);
+    }
+    for (const Rgba& stop : colors.backgroundGradient) {
+        palette.gradient.push_back(layerColor(stop));
+    }
+    return palette;
+}
 
 GtkWidget* box(GtkOrientation orientation, const char* cssClass) {
     GtkWidget* widget = gtk_box_new(orientation, 0);
@@ -21,7 +41,7 @@ GtkWidget* box(GtkOrientation orientation, const char* cssClass) {
 
 BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolver resolver,
                                  WebContainer::PageMaker pages)
-    : state_(state), style_(gdk_display_get_default()),
+    : state_(state), style_(gdk_display_get_default()), orbs_(windowOrbLayout),
       sidebar_(SlideRevealer::Edge::Leading, Spring{0.45, 0.86}),
       findBar_(SlideRevealer::Edge::Top, Spring{0.35, 0.86}),
       // The shelf has no animation of its own in the design; it moves like the find bar.
@@ -110,21 +130,9 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
     findBar_.reveal(state_.showFindBar.get(), SlideRevealer::Motion::Instant);
     downloadShelf_.reveal(!state_.downloads->empty(), SlideRevealer::Motion::Instant);
 
-    auto* onBlend = +[](double value, gpointer orbs) {
-        static_cast<AnimatedOrbs*>(orbs)->setThemeBlend(value);
-    };
-    themeSpring_ = GObjectRef<AdwAnimation>::adopt(
-        adw_spring_animation_new(widget(), 0, 1, springParams(Spring{0.42, 0.86}),
-                                 adw_callback_animation_target_new(onBlend, &orbs_, nullptr)));
-    themeInstant_ = GObjectRef<AdwAnimation>::adopt(adw_timed_animation_new(
-        widget(), 0, 1, 10, adw_callback_animation_target_new(onBlend, &orbs_, nullptr)));
-    adw_timed_animation_set_easing(ADW_TIMED_ANIMATION(themeInstant_.get()), ADW_LINEAR);
-    for (AdwAnimation* animation : {themeSpring_.get(), themeInstant_.get()}) {
-        signals_.connect(animation, "done", [this](AdwAnimation*) { orbs_.endThemeChange(); });
-    }
     shownTheme_ = state_.theme.get();
     style_.applyTheme(shownTheme_);
-    orbs_.setTheme(shownTheme_);
+    orbs_.setPalette(backgroundPalette(shownTheme_));
     connections_.add(state_.theme.changed().connect([this](BrowserTheme) { applyTheme(); }));
 
     // Ctrl+L (and Alt+D, as elsewhere) puts the caret in the address field, its text selected.
@@ -144,17 +152,10 @@ BrowserRootView::BrowserRootView(BrowserState& state, WebContainer::WidgetResolv
                                  this, nullptr)));
     }
     gtk_widget_add_controller(widget(), keys);
-
-    // The orbs breathe from the moment the window is first shown, for its whole life.
-    orbs_.setBreathe(true);
 }
 
 BrowserRootView::~BrowserRootView() {
     connections_.disconnectAll();
-    signals_.disconnectAll();
-    for (AdwAnimation* animation : {themeSpring_.get(), themeInstant_.get()}) {
-        adw_animation_reset(animation);
-    }
     orbs_.setCoveringWidget(nullptr, 0);
     webContainer_.reset();
 }
@@ -175,11 +176,8 @@ void BrowserRootView::applyTheme() {
     }
     shownTheme_ = theme;
     style_.applyTheme(theme);
-    // The background fades from the old theme to the new one.
-    orbs_.beginThemeChange(theme);
-    adw_animation_reset(themeSpring_.get());
-    adw_animation_reset(themeInstant_.get());
-    adw_animation_play(state_.smoothAnimations.get() ? themeSpring_.get() : themeInstant_.get());
+    // The background fades from the old theme to the new one, on the spring or in 0.01 s.
+    orbs_.fadeToPalette(backgroundPalette(theme), themeSpring, state_.smoothAnimations.get());
 }
 
 void BrowserRootView::showPageFullscreen(bool fullscreen) {

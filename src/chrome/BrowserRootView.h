@@ -1,18 +1,17 @@
 #pragma once
 
-#include "chrome/AnimatedOrbs.h"
 #include "chrome/ChromeStyle.h"
 #include "chrome/DownloadShelf.h"
 #include "chrome/FindBar.h"
 #include "chrome/SidebarView.h"
-#include "chrome/SlideRevealer.h"
 #include "chrome/TabBar.h"
 #include "chrome/ToolbarView.h"
 #include "chrome/WebContainer.h"
 #include "gutil/GLibTimer.h"
 #include "gutil/GObjectRef.h"
-#include "gutil/GSignalConnections.h"
 #include "web/Connections.h"
+#include "widgets/OrbLayer.h"
+#include "widgets/SlideRevealer.h"
 
 #include <gtk/gtk.h>
 
@@ -44,7 +43,7 @@ public:
     TabBar& tabBar() { return tabBar_; }
     GtkEditable* addressEntry() { return toolbar_.addressField().entry(); }
     const WebContainer& webContainer() const { return *webContainer_; }
-    AnimatedOrbs& orbs() { return orbs_; }
+    OrbLayer& orbs() { return orbs_; }
 
     SlideRevealer& sidebar() { return sidebar_; }
     SlideRevealer& findBar() { return findBar_; }
@@ -69,7 +68,7 @@ private:
 
     BrowserState& state_;
     ChromeStyle style_;
-    AnimatedOrbs orbs_;
+    OrbLayer orbs_;
     SlideRevealer sidebar_;
     SlideRevealer findBar_;
     SlideRevealer downloadShelf_;
@@ -90,11 +89,6 @@ private:
     GLibTimer refullscreen_;
     GtkMenuButton* primaryMenuButton_;
     Connections connections_;
-    GSignalConnections signals_;
-    // The background's move from one theme to the next: a spring, or 0.01 s without smooth
-    // animations.
-    GObjectRef<AdwAnimation> themeSpring_;
-    GObjectRef<AdwAnimation> themeInstant_;
     BrowserTheme shownTheme_;
 };
 

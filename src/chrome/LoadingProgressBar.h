@@ -1,8 +1,8 @@
 #pragma once
 
-#include "chrome/AnimatedValue.h"
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
+#include "widgets/AnimatedValue.h"
 
 #include <gtk/gtk.h>
 

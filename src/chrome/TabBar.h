@@ -1,12 +1,12 @@
 #pragma once
 
-#include "chrome/AnimatedValue.h"
-#include "chrome/LiquidIconButton.h"
 #include "chrome/TabItem.h"
 #include "gutil/GLibTimer.h"
 #include "gutil/GObjectRef.h"
 #include "state/TabList.h"
 #include "web/Connections.h"
+#include "widgets/AnimatedValue.h"
+#include "widgets/IconButton.h"
 
 #include <gtk/gtk.h>
 
@@ -57,7 +57,7 @@ private:
     GObjectRef<GtkWidget> root_;
     GtkWidget* row_ = nullptr;
     GtkWidget* strip_ = nullptr;
-    LiquidIconButton newTabButton_;
+    IconButton newTabButton_;
     // The strip's items in order, each with its tab's id.
     std::vector<std::pair<Uuid, std::unique_ptr<TabItem>>> items_;
     // Items already taken out, kept until the event that closed them is over.

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "chrome/AnimatedValue.h"
 #include "chrome/DragTabPreview.h"
 #include "chrome/TabLabelParts.h"
 #include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
 #include "web/BrowserTab.h"
 #include "web/Connections.h"
+#include "widgets/AnimatedValue.h"
 
 #include <gtk/gtk.h>
 

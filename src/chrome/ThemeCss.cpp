@@ -47,8 +47,6 @@ std::string themeCss(const ThemeColors& colors) {
         "@define-color ovel_gradient_start " + cssColor(*colors.backgroundGradient.begin()) + ";\n";
     css += "@define-color ovel_gradient_end " + cssColor(*(colors.backgroundGradient.end() - 1)) +
            ";\n";
-    css += "@define-color ovel_orb_a " + cssColor(colors.orbColors[0]) + ";\n";
-    css += "@define-color ovel_orb_b " + cssColor(colors.orbColors[1]) + ";\n";
 
     // Quicksand is thin at its regular weight; the rounded design sets it semibold.
     css += "window.ovel-window, .ovel-design-font { font-family: \"";

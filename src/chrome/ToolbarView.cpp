@@ -65,10 +65,9 @@ ToolbarView::~ToolbarView() {
     connections_.disconnectAll();
 }
 
-LiquidIconButton& ToolbarView::addButton(const char* symbol, LiquidIconButton::Options options,
-                                         std::function<void()> action) {
-    buttons_.push_back(
-        std::make_unique<LiquidIconButton>(symbol, std::move(options), std::move(action)));
+IconButton& ToolbarView::addButton(const char* symbol, IconButton::Options options,
+                                   std::function<void()> action) {
+    buttons_.push_back(std::make_unique<IconButton>(symbol, std::move(options), std::move(action)));
     gtk_box_append(GTK_BOX(row_), buttons_.back()->widget());
     return *buttons_.back();
 }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "chrome/AddressField.h"
-#include "chrome/LiquidIconButton.h"
 #include "chrome/LoadingProgressBar.h"
 #include "gutil/GObjectRef.h"
 #include "web/Connections.h"
+#include "widgets/IconButton.h"
 
 #include <gtk/gtk.h>
 
@@ -31,18 +31,18 @@ public:
     LoadingProgressBar& progressBar() { return progressBar_; }
 
 private:
-    LiquidIconButton& addButton(const char* symbol, LiquidIconButton::Options options,
-                                std::function<void()> action);
+    IconButton& addButton(const char* symbol, IconButton::Options options,
+                          std::function<void()> action);
     void refreshButtons();
     void refreshProgress();
 
     BrowserState& state_;
     GObjectRef<GtkWidget> root_;
     GtkWidget* row_ = nullptr;
-    std::vector<std::unique_ptr<LiquidIconButton>> buttons_;
-    LiquidIconButton* back_ = nullptr;
-    LiquidIconButton* forward_ = nullptr;
-    LiquidIconButton* close_ = nullptr;
+    std::vector<std::unique_ptr<IconButton>> buttons_;
+    IconButton* back_ = nullptr;
+    IconButton* forward_ = nullptr;
+    IconButton* close_ = nullptr;
     AddressField addressField_;
     LoadingProgressBar progressBar_;
     Connections connections_;

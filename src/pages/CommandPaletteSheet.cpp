@@ -3,6 +3,7 @@
 #include "gutil/AccessibleLabel.h"
 #include "gutil/IconNames.h"
 #include "pages/SheetHost.h"
+#include "pages/ThemeOrbs.h"
 #include "state/BrowserState.h"
 
 #include <algorithm>
@@ -21,20 +22,10 @@ GtkWidget* label(const char* cssClass) {
 } // namespace
 
 CommandPaletteSheet::CommandPaletteSheet(BrowserState& state, SheetHost& host)
-    : state_(state), host_(host),
-      root_(GObjectRef<GtkWidget>::retain(GTK_WIDGET(g_object_new(
-          GTK_TYPE_OVERLAY, "accessible-role", GTK_ACCESSIBLE_ROLE_DIALOG, nullptr)))) {
-    GtkWidget* root = root_.get();
-    setAccessibleLabel(root, "Command Palette");
-    gtk_widget_add_css_class(root, "ovel-sheet");
-    gtk_widget_add_css_class(root, "ovel-command-palette");
-    gtk_widget_set_size_request(root, 760, 480);
-    gtk_widget_set_overflow(root, GTK_OVERFLOW_HIDDEN);
-    gtk_overlay_set_child(GTK_OVERLAY(root), orbs_.widget());
-
+    : state_(state), host_(host), frame_("Command Palette", "ovel-command-palette", 760, 480) {
     GtkWidget* panel = gtk_box_new(GTK_ORIENTATION_VERTICAL, 12);
     gtk_widget_add_css_class(panel, "ovel-command-palette-panel");
-    gtk_overlay_add_overlay(GTK_OVERLAY(root), panel);
+    frame_.setContent(panel);
 
     GtkWidget* header = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 10);
     gtk_box_append(GTK_BOX(panel), header);
@@ -79,11 +70,14 @@ CommandPaletteSheet::CommandPaletteSheet(BrowserState& state, SheetHost& host)
     gtk_widget_add_css_class(list_, "ovel-command-palette-list");
     gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller_), list_);
 
+    frame_.orbs().setPalette(themeOrbPalette(state_.theme.get()));
+    connections_.add(state_.theme.changed().connect(
+        [this](BrowserTheme theme) { frame_.orbs().setPalette(themeOrbPalette(theme)); }));
     connections_.add(
         state_.showCommandPalette.changed().connect([this](bool show) { showFlagChanged(show); }));
     // What the list reads: the tabs, their titles and addresses, the saved workspaces.
     auto listChanged = [this] {
-        if (host_.isShowing(root_.get())) {
+        if (host_.isShowing(widget())) {
             rebuild();
         }
     };
@@ -101,15 +95,15 @@ CommandPaletteSheet::CommandPaletteSheet(BrowserState& state, SheetHost& host)
 }
 
 CommandPaletteSheet::~CommandPaletteSheet() {
-    host_.release(root_.get());
+    host_.release(widget());
 }
 
 void CommandPaletteSheet::showFlagChanged(bool show) {
     if (!show) {
-        host_.close(root_.get());
+        host_.close(widget());
         return;
     }
-    if (host_.isShowing(root_.get())) {
+    if (host_.isShowing(widget())) {
         return;
     }
     // Every opening starts from an empty query and the top of the full list.
@@ -119,7 +113,7 @@ void CommandPaletteSheet::showFlagChanged(bool show) {
     rebuild();
     gtk_adjustment_set_value(gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scroller_)),
                              0);
-    host_.present(root_.get(), [this] { dismiss(); });
+    host_.present(widget(), [this] { dismiss(); });
     gtk_widget_grab_focus(entry_);
 }
 

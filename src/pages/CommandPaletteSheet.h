@@ -1,10 +1,9 @@
 #pragma once
 
-#include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
-#include "pages/SheetOrbs.h"
 #include "presentation/CommandPalette.h"
 #include "web/Connections.h"
+#include "widgets/SheetFrame.h"
 
 #include <gtk/gtk.h>
 
@@ -26,7 +25,7 @@ public:
     CommandPaletteSheet(const CommandPaletteSheet&) = delete;
     CommandPaletteSheet& operator=(const CommandPaletteSheet&) = delete;
 
-    GtkWidget* widget() const { return root_.get(); }
+    GtkWidget* widget() const { return frame_.widget(); }
 
 private:
     // One button per entry of the full list, relabelled when the state changes; a query only
@@ -51,8 +50,7 @@ private:
 
     BrowserState& state_;
     SheetHost& host_;
-    SheetOrbs orbs_;
-    GObjectRef<GtkWidget> root_;
+    SheetFrame frame_;
     GtkWidget* entry_ = nullptr;
     GtkWidget* list_ = nullptr;
     GtkWidget* scroller_ = nullptr;

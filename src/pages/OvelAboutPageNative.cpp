@@ -1,10 +1,10 @@
 #include "pages/OvelAboutPageNative.h"
 
-#include "pages/IconActionButton.h"
 #include "pages/OvelInfoRow.h"
 #include "pages/OvelInternalPageShell.h"
 #include "presentation/InternalPages.h"
 #include "state/BrowserState.h"
+#include "widgets/IconButton.h"
 
 namespace ovel {
 
@@ -35,8 +35,9 @@ OvelAboutPageNative::OvelAboutPageNative(BrowserState& state) : state_(state) {
     GtkWidget* buttons = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 8);
     for (std::size_t i = 0; i < buttons_.size(); ++i) {
         const char* address = pageLinks[i].address;
-        buttons_[i] = std::make_unique<IconActionButton>(
-            pageLinks[i].symbol, pageLinks[i].help, [this, address] { state_.openURL(address); });
+        buttons_[i] =
+            std::make_unique<IconButton>(pageLinks[i].symbol, IconButton::square(pageLinks[i].help),
+                                         [this, address] { state_.openURL(address); });
         gtk_box_append(GTK_BOX(buttons), buttons_[i]->widget());
     }
     gtk_box_append(GTK_BOX(content), buttons);

@@ -10,7 +10,7 @@
 namespace ovel {
 
 class BrowserState;
-class IconActionButton;
+class IconButton;
 class OvelInfoRow;
 class OvelInternalPageShell;
 
@@ -30,7 +30,7 @@ private:
 
     BrowserState& state_;
     std::array<std::unique_ptr<OvelInfoRow>, 4> lines_;
-    std::array<std::unique_ptr<IconActionButton>, 4> buttons_;
+    std::array<std::unique_ptr<IconButton>, 4> buttons_;
     std::unique_ptr<OvelInternalPageShell> shell_;
     Connections connections_;
 };

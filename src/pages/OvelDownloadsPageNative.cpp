@@ -1,11 +1,11 @@
 #include "pages/OvelDownloadsPageNative.h"
 
 #include "gutil/AccessibleLabel.h"
-#include "pages/IconActionButton.h"
 #include "pages/OvelInfoRow.h"
 #include "pages/OvelInternalPageShell.h"
 #include "presentation/DownloadActions.h"
 #include "state/BrowserState.h"
+#include "widgets/IconButton.h"
 
 #include <algorithm>
 
@@ -38,7 +38,7 @@ struct OvelDownloadsPageNative::Card {
     GtkWidget* name = nullptr;
     GtkWidget* status = nullptr;
     GtkWidget* progress = nullptr;
-    std::vector<std::pair<DownloadAction, std::unique_ptr<IconActionButton>>> buttons;
+    std::vector<std::pair<DownloadAction, std::unique_ptr<IconButton>>> buttons;
     bool leaving = false;
 };
 
@@ -159,7 +159,7 @@ OvelDownloadsPageNative::makeCard(const DownloadRecord& record) {
                 break;
             }
         };
-        auto button = std::make_unique<IconActionButton>(look.symbol, look.help, run);
+        auto button = std::make_unique<IconButton>(look.symbol, IconButton::square(look.help), run);
         gtk_box_append(GTK_BOX(actions), button->widget());
         card->buttons.emplace_back(look.action, std::move(button));
     }

@@ -13,7 +13,7 @@
 namespace ovel {
 
 class BrowserState;
-class IconActionButton;
+class IconButton;
 class OvelInfoRow;
 class OvelInternalPageShell;
 

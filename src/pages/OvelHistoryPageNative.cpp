@@ -1,12 +1,12 @@
 #include "pages/OvelHistoryPageNative.h"
 
 #include "gutil/AccessibleLabel.h"
-#include "pages/IconActionButton.h"
 #include "pages/OvelInfoRow.h"
 #include "pages/OvelInternalPageShell.h"
 #include "presentation/InternalPages.h"
 #include "state/BrowserState.h"
 #include "web/ListSplices.h"
+#include "widgets/IconButton.h"
 
 namespace ovel {
 
@@ -48,8 +48,8 @@ OvelHistoryPageNative::OvelHistoryPageNative(BrowserState& state)
     gtk_widget_set_hexpand(count_, true);
     gtk_widget_set_halign(count_, GTK_ALIGN_START);
     gtk_box_append(GTK_BOX(header), count_);
-    clear_ = std::make_unique<IconActionButton>("trash", "Clear History",
-                                                [this] { state_.clearHistory(); });
+    clear_ = std::make_unique<IconButton>("trash", IconButton::square("Clear History"),
+                                          [this] { state_.clearHistory(); });
     gtk_box_append(GTK_BOX(header), clear_->widget());
     gtk_box_append(GTK_BOX(content), header);
     gtk_box_append(GTK_BOX(content), empty_->widget());

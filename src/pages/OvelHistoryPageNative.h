@@ -15,7 +15,7 @@
 namespace ovel {
 
 class BrowserState;
-class IconActionButton;
+class IconButton;
 class OvelInfoRow;
 class OvelInternalPageShell;
 
@@ -51,7 +51,7 @@ private:
     GtkWidget* listView_ = nullptr;
     GtkWidget* scroller_ = nullptr;
     std::unique_ptr<OvelInfoRow> empty_;
-    std::unique_ptr<IconActionButton> clear_;
+    std::unique_ptr<IconButton> clear_;
     std::unique_ptr<OvelInternalPageShell> shell_;
     GSignalConnections signals_;
     Connections connections_;

@@ -1,19 +1,20 @@
 #include "pages/OvelInternalPageShell.h"
 
 #include "gutil/IconNames.h"
-#include "pages/DriftingOrbs.h"
+#include "pages/ThemeOrbs.h"
 #include "state/BrowserState.h"
 
 namespace ovel {
 
 namespace {
 
-constexpr double driftSecondsEachWay = 7;
-
-constexpr std::array<DriftingOrbs::Orb, 2> shellOrbs{{
-    {"ovel_orb_a", 0.52, 340, 34, 120, -40, 220, -120},
-    {"ovel_orb_b", 0.5, 300, 36, -80, 40, -180, 140},
-}};
+constexpr OrbLayout shellOrbs{{{
+                                  {340, 34, 0.52, 120, -40, 220, -120},
+                                  {300, 36, 0.5, -80, 40, -180, 140},
+                              }},
+                              7};
+// Close to the CSS transitions of the theme's colours around the orbs.
+constexpr Spring themeSpring{0.4, 0.86};
 
 GtkWidget* headerRow(const std::string& title) {
     GtkWidget* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 10);
@@ -42,14 +43,13 @@ GtkWidget* headerRow(const std::string& title) {
 OvelInternalPageShell::OvelInternalPageShell(BrowserState& state, const std::string& title,
                                              const std::string& subtitle, GtkWidget* content,
                                              Scrolling scrolling)
-    : root_(GObjectRef<GtkWidget>::retain(gtk_overlay_new())),
-      orbs_(std::make_unique<DriftingOrbs>(shellOrbs, driftSecondsEachWay)) {
+    : root_(GObjectRef<GtkWidget>::retain(gtk_overlay_new())), orbs_(shellOrbs) {
     GtkWidget* root = root_.get();
     gtk_widget_add_css_class(root, "ovel-internal-page-shell");
     gtk_widget_set_hexpand(root, true);
     gtk_widget_set_vexpand(root, true);
     gtk_widget_set_overflow(root, GTK_OVERFLOW_HIDDEN);
-    gtk_overlay_set_child(GTK_OVERLAY(root), orbs_->widget());
+    gtk_overlay_set_child(GTK_OVERLAY(root), orbs_.widget());
 
     GtkWidget* panel = gtk_box_new(GTK_ORIENTATION_VERTICAL, 14);
     gtk_widget_add_css_class(panel, "ovel-page-panel");
@@ -76,6 +76,10 @@ OvelInternalPageShell::OvelInternalPageShell(BrowserState& state, const std::str
     gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller), panel);
     gtk_overlay_add_overlay(GTK_OVERLAY(root), scroller);
 
+    orbs_.setPalette(themeOrbPalette(state.theme.get()));
+    connections_.add(state.theme.changed().connect([this, &state](BrowserTheme theme) {
+        orbs_.fadeToPalette(themeOrbPalette(theme), themeSpring, state.smoothAnimations.get());
+    }));
     followSmoothAnimations(*state.smoothAnimations);
     connections_.add(state.smoothAnimations.changed().connect(
         [this](bool smooth) { followSmoothAnimations(smooth); }));
@@ -84,14 +88,12 @@ OvelInternalPageShell::OvelInternalPageShell(BrowserState& state, const std::str
 OvelInternalPageShell::~OvelInternalPageShell() = default;
 
 void OvelInternalPageShell::followSmoothAnimations(bool smooth) {
-    // The CSS transitions of the theme's colours follow the same switch as the orbs.
+    // The CSS transitions of the theme's colours follow the same switch as the orbs' fade.
     if (smooth) {
         gtk_widget_remove_css_class(root_.get(), "ovel-instant");
     } else {
         gtk_widget_add_css_class(root_.get(), "ovel-instant");
     }
-    orbs_->setThemeChange(smooth ? DriftingOrbs::ThemeChange::Spring
-                                 : DriftingOrbs::ThemeChange::Immediate);
 }
 
 } // namespace ovel

@@ -2,16 +2,15 @@
 
 #include "gutil/GObjectRef.h"
 #include "web/Connections.h"
+#include "widgets/OrbLayer.h"
 
 #include <gtk/gtk.h>
 
-#include <memory>
 #include <string>
 
 namespace ovel {
 
 class BrowserState;
-class DriftingOrbs;
 
 // The frame of every internal page: the theme's gradient with two drifting orbs behind a glass
 // panel holding the globe, the title, three accent dots, the subtitle and the page's content.
@@ -29,13 +28,13 @@ public:
     OvelInternalPageShell& operator=(const OvelInternalPageShell&) = delete;
 
     GtkWidget* widget() const { return root_.get(); }
-    const DriftingOrbs& orbs() const { return *orbs_; }
+    const OrbLayer& orbs() const { return orbs_; }
 
 private:
     void followSmoothAnimations(bool smooth);
 
     GObjectRef<GtkWidget> root_;
-    std::unique_ptr<DriftingOrbs> orbs_;
+    OrbLayer orbs_;
     Connections connections_;
 };
 

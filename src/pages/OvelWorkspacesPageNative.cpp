@@ -1,11 +1,11 @@
 #include "pages/OvelWorkspacesPageNative.h"
 
 #include "gutil/AccessibleLabel.h"
-#include "pages/IconActionButton.h"
 #include "pages/OvelInfoRow.h"
 #include "pages/OvelInternalPageShell.h"
 #include "presentation/InternalPages.h"
 #include "state/BrowserState.h"
+#include "widgets/IconButton.h"
 
 #include <algorithm>
 
@@ -16,8 +16,8 @@ struct OvelWorkspacesPageNative::Row {
     GtkWidget* box = nullptr;
     GtkWidget* name = nullptr;
     GtkWidget* detail = nullptr;
-    std::unique_ptr<IconActionButton> restore;
-    std::unique_ptr<IconActionButton> remove;
+    std::unique_ptr<IconButton> restore;
+    std::unique_ptr<IconButton> remove;
 };
 
 OvelWorkspacesPageNative::OvelWorkspacesPageNative(BrowserState& state)
@@ -116,16 +116,16 @@ OvelWorkspacesPageNative::makeRow(const WorkspaceSnapshot& snapshot) {
     }
     gtk_box_append(GTK_BOX(row->box), texts);
     const std::string id = snapshot.id;
-    row->restore =
-        std::make_unique<IconActionButton>("arrow.clockwise.circle", "Restore", [this, id] {
+    row->restore = std::make_unique<IconButton>(
+        "arrow.clockwise.circle", IconButton::square("Restore"), [this, id] {
             auto it = rows_.find(id);
             if (it != rows_.end()) {
                 const WorkspaceSnapshot chosen = it->second->snapshot;
                 state_.restoreWorkspaceSnapshot(chosen);
             }
         });
-    row->remove = std::make_unique<IconActionButton>(
-        "trash", "Delete", [this, id] { state_.deleteWorkspaceSnapshot(id); });
+    row->remove = std::make_unique<IconButton>("trash", IconButton::square("Delete"),
+                                               [this, id] { state_.deleteWorkspaceSnapshot(id); });
     gtk_box_append(GTK_BOX(row->box), row->restore->widget());
     gtk_box_append(GTK_BOX(row->box), row->remove->widget());
     return row;

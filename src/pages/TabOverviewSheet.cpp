@@ -3,6 +3,7 @@
 #include "gutil/AccessibleLabel.h"
 #include "gutil/IconNames.h"
 #include "pages/SheetHost.h"
+#include "pages/ThemeOrbs.h"
 #include "presentation/TabOverview.h"
 #include "presentation/TabSearch.h"
 #include "state/BrowserState.h"
@@ -27,20 +28,10 @@ GtkWidget* singleLine(const char* cssClass) {
 } // namespace
 
 TabOverviewSheet::TabOverviewSheet(BrowserState& state, SheetHost& host)
-    : state_(state), host_(host),
-      root_(GObjectRef<GtkWidget>::retain(GTK_WIDGET(g_object_new(
-          GTK_TYPE_OVERLAY, "accessible-role", GTK_ACCESSIBLE_ROLE_DIALOG, nullptr)))) {
-    GtkWidget* root = root_.get();
-    setAccessibleLabel(root, "Tab Overview");
-    gtk_widget_add_css_class(root, "ovel-sheet");
-    gtk_widget_add_css_class(root, "ovel-tab-overview");
-    gtk_widget_set_size_request(root, 820, 520);
-    gtk_widget_set_overflow(root, GTK_OVERFLOW_HIDDEN);
-    gtk_overlay_set_child(GTK_OVERLAY(root), orbs_.widget());
-
+    : state_(state), host_(host), frame_("Tab Overview", "ovel-tab-overview", 820, 520) {
     GtkWidget* content = gtk_box_new(GTK_ORIENTATION_VERTICAL, 14);
     gtk_widget_add_css_class(content, "ovel-tab-overview-content");
-    gtk_overlay_add_overlay(GTK_OVERLAY(root), content);
+    frame_.setContent(content);
 
     GtkWidget* header = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 8);
     gtk_box_append(GTK_BOX(content), header);
@@ -79,6 +70,9 @@ TabOverviewSheet::TabOverviewSheet(BrowserState& state, SheetHost& host)
     gtk_widget_add_css_class(grid_, "ovel-tab-overview-grid");
     gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller_), grid_);
 
+    frame_.orbs().setPalette(themeOrbPalette(state_.theme.get()));
+    connections_.add(state_.theme.changed().connect(
+        [this](BrowserTheme theme) { frame_.orbs().setPalette(themeOrbPalette(theme)); }));
     connections_.add(
         state_.showTabOverview.changed().connect([this](bool show) { showFlagChanged(show); }));
     connections_.add(state_.tabs.changed().connect([this](const TabListChange&) {
@@ -102,7 +96,7 @@ TabOverviewSheet::TabOverviewSheet(BrowserState& state, SheetHost& host)
 }
 
 TabOverviewSheet::~TabOverviewSheet() {
-    host_.release(root_.get());
+    host_.release(widget());
     // The cards' buttons go with the grid; their handlers go first.
     cards_.clear();
 }
@@ -116,12 +110,12 @@ void TabOverviewSheet::addHeaderButton(GtkWidget* header, const char* label, con
 }
 
 bool TabOverviewSheet::isShowing() const {
-    return host_.isShowing(root_.get());
+    return host_.isShowing(widget());
 }
 
 void TabOverviewSheet::showFlagChanged(bool show) {
     if (!show) {
-        host_.close(root_.get());
+        host_.close(widget());
         return;
     }
     if (isShowing()) {
@@ -137,7 +131,7 @@ void TabOverviewSheet::showFlagChanged(bool show) {
     }
     gtk_adjustment_set_value(gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scroller_)),
                              0);
-    host_.present(root_.get(), [this] { dismiss(); });
+    host_.present(widget(), [this] { dismiss(); });
     gtk_widget_grab_focus(entry_);
 }
 

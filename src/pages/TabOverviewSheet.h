@@ -1,10 +1,9 @@
 #pragma once
 
-#include "gutil/GObjectRef.h"
 #include "gutil/GSignalConnections.h"
-#include "pages/SheetOrbs.h"
 #include "records/Records.h"
 #include "web/Connections.h"
+#include "widgets/SheetFrame.h"
 
 #include <gtk/gtk.h>
 
@@ -30,7 +29,7 @@ public:
     TabOverviewSheet(const TabOverviewSheet&) = delete;
     TabOverviewSheet& operator=(const TabOverviewSheet&) = delete;
 
-    GtkWidget* widget() const { return root_.get(); }
+    GtkWidget* widget() const { return frame_.widget(); }
 
 private:
     struct Card {
@@ -59,8 +58,7 @@ private:
 
     BrowserState& state_;
     SheetHost& host_;
-    SheetOrbs orbs_;
-    GObjectRef<GtkWidget> root_;
+    SheetFrame frame_;
     GtkWidget* entry_ = nullptr;
     GtkWidget* grid_ = nullptr;
     GtkWidget* scroller_ = nullptr;

@@ -12,25 +12,25 @@
 
 namespace ovel::test {
 
-// Stand-ins for what the theme style sheet gives the window: its named colours and font design.
+// Stand-ins for what the theme style sheet gives the window: its named colours and font design;
+// and the theme the state names, whose colours the orbs take.
 struct TestTheme {
     const char* name;
     const char* css;
+    BrowserTheme theme;
 };
 inline constexpr TestTheme nightTheme{"night", R"(
 @define-color ovel_accent rgba(255,255,255,0.85);
 @define-color ovel_gradient_start rgba(0,0,0,0.94);
 @define-color ovel_gradient_end rgba(128,128,128,0.7);
-@define-color ovel_orb_a rgba(255,255,255,0.2);
-@define-color ovel_orb_b rgba(0,0,255,0.25);
-.ovel-design-font { font-family: Quicksand; font-weight: 600; })"};
+.ovel-design-font { font-family: Quicksand; font-weight: 600; })",
+                                      BrowserTheme::Midnight};
 inline constexpr TestTheme sunriseTheme{"sunrise", R"(
 @define-color ovel_accent rgb(255,199,158);
 @define-color ovel_gradient_start rgb(97,46,26);
 @define-color ovel_gradient_end rgb(237,135,82);
-@define-color ovel_orb_a rgba(255,165,0,0.35);
-@define-color ovel_orb_b rgba(255,192,203,0.3);
-.ovel-design-font { font-family: 'Noto Serif'; })"};
+.ovel-design-font { font-family: 'Noto Serif'; })",
+                                        BrowserTheme::Sunrise};
 inline constexpr TestTheme testThemes[] = {nightTheme, sunriseTheme};
 
 // A browser state on fakes and a real window to put a view in: for tests of views with real
@@ -57,7 +57,10 @@ protected:
     // Puts `css` (a theme's, followed by `extra`) on the display in place of the last one given;
     // null takes it away.
     void useTheme(const char* css, const std::string& extra = {});
-    void useTheme(const TestTheme& theme) { useTheme(theme.css); }
+    void useTheme(const TestTheme& theme) {
+        useTheme(theme.css);
+        state->setTheme(theme.theme);
+    }
 
     // The first descendant of `root` named `name` that is not a label (a label beside a control
     // often carries the control's name); null when there is none.

@@ -1,6 +1,5 @@
 #include "gutil/AccessibleLabel.h"
 #include "gutil/GObjectRef.h"
-#include "pages/DriftingOrbs.h"
 #include "pages/OvelAboutPageNative.h"
 #include "pages/OvelDownloadsPageNative.h"
 #include "pages/OvelHistoryPageNative.h"
@@ -248,29 +247,6 @@ TEST_F(InternalPagesTest, WorkspacesAndAboutFollowTheState) {
     }
     EXPECT_TRUE(click(about.widget(), "Open Downloads"));
     EXPECT_EQ(*state->selectedTab()->displayAddress, "ovel://downloads");
-}
-
-TEST_F(InternalPagesTest, ShellOrbsDriftAndTakeANewThemeWithTheSpringOrAtOnce) {
-    OvelInternalPageShell shell(*state, "ovel://test", "Subtitle", gtk_label_new("Content"));
-    show(shell.widget());
-    const DriftingOrbs& orbs = shell.orbs();
-    EXPECT_TRUE(waitUntil([&] { return orbs.driftPosition() > 0; }, 2s)) << "the drift starts";
-    const GdkRGBA night{1, 1, 1, 0.2f};
-    const GdkRGBA sunrise{1, 165 / 255.f, 0, 0.35f};
-    auto showing = [&](const GdkRGBA& colour) {
-        return gdk_rgba_equal(&orbs.shownColour(0), &colour) != 0;
-    };
-    EXPECT_TRUE(showing(night));
-
-    useTheme(sunriseTheme);
-    ASSERT_TRUE(waitUntil([&] { return !showing(night); }, 2s));
-    EXPECT_FALSE(showing(sunrise)) << "on the way with the spring";
-    EXPECT_TRUE(waitUntil([&] { return showing(sunrise); }, 3s));
-
-    state->setSmoothAnimations(false);
-    useTheme(nightTheme);
-    ASSERT_TRUE(waitUntil([&] { return !showing(sunrise); }, 2s));
-    EXPECT_TRUE(showing(night)) << "at once without smooth animations";
 }
 
 // A page of its own, kept alive by what is returned; `widget` is its widget tree.

@@ -1,8 +1,8 @@
 #include "chrome/BrowserRootView.h"
-#include "chrome/SlideRevealer.h"
 #include "support/BrowserFixture.h"
 #include "support/GtkWait.h"
 #include "support/ViewFixture.h"
+#include "widgets/SlideRevealer.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>

@@ -1,10 +1,12 @@
-#include "chrome/OrbImage.h"
+#include "widgets/OrbImage.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <map>
 #include <numbers>
+#include <tuple>
 #include <vector>
 
 namespace ovel {
@@ -67,7 +69,7 @@ double OrbImage::margin(double blurRadius) {
     return std::ceil(blurRadius / 2 * 3);
 }
 
-OrbImage OrbImage::render(double diameter, double blurRadius, const Rgba& color, int scale) {
+OrbImage OrbImage::render(double diameter, double blurRadius, const LayerColor& color, int scale) {
     const double logicalSide = diameter + 2 * margin(blurRadius);
     const int side = static_cast<int>(std::ceil(logicalSide * scale));
 
@@ -121,6 +123,23 @@ OrbImage OrbImage::render(double diameter, double blurRadius, const Rgba& color,
     OrbImage image;
     image.surface_ = surface;
     image.side_ = logicalSide;
+    return image;
+}
+
+std::shared_ptr<const OrbImage> OrbImage::shared(double diameter, double blurRadius,
+                                                 const LayerColor& color, int scale) {
+    // The window, the sheets and every open internal page draw the same few images. An image
+    // stays while someone holds it; the ones nobody holds go when a new one is made (a theme
+    // or scale change), so a page opened again in the same theme finds its images ready.
+    using Key = std::tuple<double, double, double, double, double, double, int>;
+    static std::map<Key, std::shared_ptr<const OrbImage>> images;
+    const Key key{diameter, blurRadius, color.red, color.green, color.blue, color.alpha, scale};
+    if (const auto found = images.find(key); found != images.end()) {
+        return found->second;
+    }
+    std::erase_if(images, [](const auto& entry) { return entry.second.use_count() == 1; });
+    auto image = std::make_shared<const OrbImage>(render(diameter, blurRadius, color, scale));
+    images.emplace(key, image);
     return image;
 }
 

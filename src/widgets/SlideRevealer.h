@@ -1,6 +1,8 @@
 #pragma once
 
+#include "gutil/GObjectRef.h"
 #include "gutil/Spring.h"
+#include "widgets/AnimatedValue.h"
 
 #include <adwaita.h>
 #include <gtk/gtk.h>
@@ -15,12 +17,11 @@ public:
     enum class Edge { Leading, Top, Bottom };
 
     SlideRevealer(Edge edge, Spring spring);
-    ~SlideRevealer();
 
     SlideRevealer(const SlideRevealer&) = delete;
     SlideRevealer& operator=(const SlideRevealer&) = delete;
 
-    GtkWidget* widget() const { return widget_; }
+    GtkWidget* widget() const { return widget_.get(); }
     void setChild(GtkWidget* child);
 
     enum class Motion { Smooth, Instant };
@@ -34,10 +35,9 @@ private:
 
     Edge edge_;
     Spring spring_;
-    GtkWidget* widget_;
+    GObjectRef<GtkWidget> widget_;
     double target_ = 0;
-    AdwAnimation* spring_animation_ = nullptr;
-    AdwAnimation* instant_animation_ = nullptr;
+    AnimatedValue progress_;
 };
 
 } // namespace ovel

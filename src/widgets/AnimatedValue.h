@@ -15,11 +15,13 @@ struct Timed {
     AdwEasing easing = ADW_EASE_OUT_CUBIC;
 };
 
-// One number a view animates (a hover, a highlight's position), handed to `apply` on every
-// frame. A new target mid-flight starts from where the value is, never stacking animations.
+// One number a view animates (a hover, a highlight's position, a panel's reveal), handed to
+// `apply` on every frame; `settled`, if given, hears when an animation has come to its end. A new
+// target mid-flight starts from where the value is, never stacking animations.
 class AnimatedValue {
 public:
-    AnimatedValue(GtkWidget* widget, double initial, std::function<void(double)> apply);
+    AnimatedValue(GtkWidget* widget, double initial, std::function<void(double)> apply,
+                  std::function<void()> settled = {});
     ~AnimatedValue();
 
     AnimatedValue(const AnimatedValue&) = delete;
@@ -34,9 +36,11 @@ public:
 
 private:
     static void onFrame(double value, gpointer self);
+    static void onDone(AnimatedValue* self);
 
     double value_;
     std::function<void(double)> apply_;
+    std::function<void()> settled_;
     GObjectRef<AdwAnimation> spring_;
     GObjectRef<AdwAnimation> timed_;
 };

@@ -1,8 +1,7 @@
-#include "chrome/SlideRevealer.h"
+#include "widgets/SlideRevealer.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 struct OvelSlideBox {
     GtkWidget parent_instance;
@@ -117,41 +116,26 @@ static void ovel_slide_box_init(OvelSlideBox* box) {
 namespace ovel {
 
 SlideRevealer::SlideRevealer(Edge edge, Spring spring)
-    : edge_(edge), spring_(spring),
-      widget_(GTK_WIDGET(g_object_ref_sink(g_object_new(ovel_slide_box_get_type(), nullptr)))) {
-    slideBox(widget_)->edge = static_cast<int>(edge_);
-    gtk_widget_add_css_class(widget_, "slide-revealer");
-    auto* onValue =
-        +[](double value, gpointer self) { static_cast<SlideRevealer*>(self)->setProgress(value); };
-    spring_animation_ =
-        adw_spring_animation_new(widget_, 0, 1, springParams(spring_),
-                                 adw_callback_animation_target_new(onValue, this, nullptr));
-    instant_animation_ = adw_timed_animation_new(
-        widget_, 0, 1, 10, adw_callback_animation_target_new(onValue, this, nullptr));
-    adw_timed_animation_set_easing(ADW_TIMED_ANIMATION(instant_animation_), ADW_LINEAR);
+    : edge_(edge), spring_(spring), widget_(GObjectRef<GtkWidget>::retain(GTK_WIDGET(
+                                        g_object_new(ovel_slide_box_get_type(), nullptr)))),
+      progress_(widget_.get(), 0, [this](double value) { setProgress(value); }) {
+    slideBox(widget())->edge = static_cast<int>(edge_);
+    gtk_widget_add_css_class(widget(), "slide-revealer");
     setProgress(0);
 }
 
-SlideRevealer::~SlideRevealer() {
-    adw_animation_reset(spring_animation_);
-    adw_animation_reset(instant_animation_);
-    g_object_unref(spring_animation_);
-    g_object_unref(instant_animation_);
-    g_object_unref(widget_);
-}
-
 void SlideRevealer::setChild(GtkWidget* child) {
-    OvelSlideBox* box = slideBox(widget_);
+    OvelSlideBox* box = slideBox(widget());
     g_clear_pointer(&box->child, gtk_widget_unparent);
     box->child = child;
     if (child != nullptr) {
-        gtk_widget_set_parent(child, widget_);
+        gtk_widget_set_parent(child, widget());
     }
     setProgress(box->progress);
 }
 
 double SlideRevealer::progress() const {
-    return slideBox(widget_)->progress;
+    return slideBox(widget())->progress;
 }
 
 void SlideRevealer::reveal(bool shown, Motion motion) {
@@ -160,35 +144,23 @@ void SlideRevealer::reveal(bool shown, Motion motion) {
         return;
     }
     target_ = target;
-    const double from = progress();
     // A panel on its way in is part of the window at once, so it can take the keyboard.
-    if (shown && slideBox(widget_)->child != nullptr) {
-        gtk_widget_set_visible(slideBox(widget_)->child, TRUE);
+    if (shown && slideBox(widget())->child != nullptr) {
+        gtk_widget_set_visible(slideBox(widget())->child, TRUE);
     }
-    adw_animation_pause(spring_animation_);
-    adw_animation_pause(instant_animation_);
-    if (motion == Motion::Smooth) {
-        // Retargeted from wherever the panel is now, so a quick toggle does not jump.
-        adw_spring_animation_set_value_from(ADW_SPRING_ANIMATION(spring_animation_), from);
-        adw_spring_animation_set_value_to(ADW_SPRING_ANIMATION(spring_animation_), target);
-        adw_spring_animation_set_initial_velocity(ADW_SPRING_ANIMATION(spring_animation_), 0);
-        adw_animation_play(spring_animation_);
-    } else {
-        adw_timed_animation_set_value_from(ADW_TIMED_ANIMATION(instant_animation_), from);
-        adw_timed_animation_set_value_to(ADW_TIMED_ANIMATION(instant_animation_), target);
-        adw_animation_play(instant_animation_);
-    }
+    // Retargeted from wherever the panel is now, so a quick toggle does not jump.
+    progress_.animateTo(target, spring_, motion == Motion::Smooth);
 }
 
 void SlideRevealer::setProgress(double progress) {
-    OvelSlideBox* box = slideBox(widget_);
+    OvelSlideBox* box = slideBox(widget());
     box->progress = progress;
     if (box->child != nullptr) {
         // A hidden panel takes no focus and is not announced.
         gtk_widget_set_visible(box->child, progress > 0);
         gtk_widget_set_opacity(box->child, std::clamp(progress, 0.0, 1.0));
     }
-    gtk_widget_queue_resize(widget_);
+    gtk_widget_queue_resize(widget());
 }
 
 } // namespace ovel
