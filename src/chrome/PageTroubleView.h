@@ -10,18 +10,19 @@ namespace ovel {
 class BrowserState;
 class BrowserTab;
 
-// What the page area shows for a tab whose page crashed or hangs: a short heading, a line
-// naming the site, and "Reload", which loads the selected tab's page again in a new process.
-class CrashedPageView {
+// What the page area shows for a tab whose page crashed, hangs or failed to load: a short
+// heading, a line naming the site, and a button that loads the selected tab's page again
+// ("Reload", in a new process; "Try Again" for the address that failed).
+class PageTroubleView {
 public:
-    explicit CrashedPageView(BrowserState& state);
-    ~CrashedPageView();
+    explicit PageTroubleView(BrowserState& state);
+    ~PageTroubleView();
 
-    CrashedPageView(const CrashedPageView&) = delete;
-    CrashedPageView& operator=(const CrashedPageView&) = delete;
+    PageTroubleView(const PageTroubleView&) = delete;
+    PageTroubleView& operator=(const PageTroubleView&) = delete;
 
     GtkWidget* widget() const { return root_.get(); }
-    // Words the message for `tab`: crashed, or not answering.
+    // Words the message for `tab`: crashed, not answering, or failed to load.
     void showFor(const BrowserTab& tab);
 
 private:
@@ -29,6 +30,7 @@ private:
     GObjectRef<GtkWidget> root_;
     GtkWidget* heading_ = nullptr;
     GtkWidget* detail_ = nullptr;
+    GtkWidget* button_ = nullptr;
     GSignalConnections signals_;
 };
 
