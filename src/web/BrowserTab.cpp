@@ -73,10 +73,8 @@ void BrowserTab::loadStartPage(BrowserTheme theme) {
 }
 
 void BrowserTab::dismissFailure() {
-    loadFailure.set(std::nullopt);
-    noteChanged(TabField::Url);
+    clearFailure();
     title.set(webView_->title().value_or(std::string(untitledTitle)));
-    canGoBack.set(webView_->canGoBack());
 }
 
 bool BrowserTab::showsPageBehindFailure() const {
@@ -104,10 +102,13 @@ void BrowserTab::clearFailure() {
     if (loadFailure.get()) {
         loadFailure.set(std::nullopt);
         noteChanged(TabField::Url);
+        canGoBack.set(webView_->canGoBack());
+        canGoForward.set(webView_->canGoForward());
     }
 }
 
 void BrowserTab::showInternalPage(std::string_view address, std::string_view pageTitle) {
+    clearFailure();
     displayAddress.set(std::string(address));
     title.set(std::string(pageTitle));
 }

@@ -548,6 +548,11 @@ void WebKitWebViewAdapter::onLoadingChanged(WebKitWebView* view, GParamSpec*,
     // stands in the way of the held one any more.
     if (!webkit_web_view_is_loading(view)) {
         self->gate_.loadingStopped();
+        // Back or Forward within one document (to or from a fragment) reads as loading while
+        // the URI changes, and sends no load events: its address is taken once it is over.
+        if (!self->sequencer_.isLoading()) {
+            self->noteCommittedUri();
+        }
     }
 }
 

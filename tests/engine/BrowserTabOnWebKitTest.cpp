@@ -129,6 +129,7 @@ TEST_F(BrowserTabOnWebKit, FailedLoadsSayWhyAndKeepTheirAddress) {
         state->goBack();
         ASSERT_TRUE(waitUntil([&] { return isIdle(tab()) && tab().url() == server.url("/a"); }))
             << "Back leads to the page before";
+        takeLog();
     }
     // Nothing more arrives for any of them, a late title included.
     runMainLoopFor(WebKitWebViewAdapter::titleWait + 500ms);

@@ -99,6 +99,7 @@ TEST_F(WebContainerTest, ACrashedOrFailedPageShowsAMessageInItsTabOnly) {
     EXPECT_NE(findByName(message, "wiki.intranet.test refused to connect. The server may be down, "
                                   "or not running on this port."),
               nullptr);
+    runMainLoopFor(400ms);
     for (const TestTheme& theme : testThemes) {
         useTheme(theme);
         runMainLoopFor(100ms);
