@@ -66,6 +66,7 @@ PageTroubleView::PageTroubleView(BrowserState& state)
     gtk_widget_add_css_class(reload, "pill");
     gtk_widget_set_halign(reload, GTK_ALIGN_CENTER);
     gtk_widget_set_margin_top(reload, 8);
+    setAccessibleLabel(reload, "Reload Page");
     signals_.connect(reload, "clicked", [this](GtkButton*) { state_.reload(); });
 
     gtk_box_append(GTK_BOX(card), icon);
@@ -82,9 +83,13 @@ PageTroubleView::~PageTroubleView() {
 void PageTroubleView::showFor(const BrowserTab& tab) {
     const std::string site = siteOf(tab);
     const bool failed = tab.loadFailure.get().has_value() && !tab.hasCrashed.get();
-    gtk_button_set_label(GTK_BUTTON(button_), failed ? "Try Again" : "Reload");
-    // Told apart from the toolbar's own "Reload" by assistive technologies.
-    setAccessibleLabel(button_, failed ? "Try Again" : "Reload Page");
+    // A new text takes the button's accessible name with it: both change together.
+    const char* action = failed ? "Try Again" : "Reload";
+    if (g_strcmp0(gtk_button_get_label(GTK_BUTTON(button_)), action) != 0) {
+        gtk_button_set_label(GTK_BUTTON(button_), action);
+        // Told apart from the toolbar's own "Reload" by assistive technologies.
+        setAccessibleLabel(button_, failed ? "Try Again" : "Reload Page");
+    }
     if (failed) {
         const FailedLoadMessage message = failedLoadMessage(*tab.loadFailure.get());
         gtk_label_set_text(GTK_LABEL(heading_), message.heading.c_str());
