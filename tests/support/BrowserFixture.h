@@ -3,7 +3,6 @@
 #include "state/BrowserState.h"
 #include "support/FakeClock.h"
 #include "support/FakeDesktop.h"
-#include "support/FakeFaviconFetcher.h"
 #include "support/FakeWebEngine.h"
 #include "support/ManualMainQueue.h"
 #include "support/RecordingSettingsStore.h"
@@ -20,7 +19,7 @@ namespace ovel::test {
 // Every platform service, faked, for tests of the core.
 struct FakeServices {
     BrowserServices services() {
-        return BrowserServices{store, engine, mainQueue, clock, uuids, favicons, desktop};
+        return BrowserServices{store, engine, mainQueue, clock, uuids, desktop};
     }
     // The fake behind a tab: tests drive the engine's side of it.
     static FakeWebView& viewOf(const BrowserTab& tab) {
@@ -32,7 +31,6 @@ struct FakeServices {
     ManualMainQueue mainQueue;
     FakeClock clock;
     SequentialUuidSource uuids;
-    FakeFaviconFetcher favicons;
     FakeDesktop desktop;
 };
 

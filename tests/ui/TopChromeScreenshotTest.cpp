@@ -28,9 +28,7 @@ protected:
                 state->newTab();
             }
             showPage(i, "https://t" + std::to_string(i) + ".test/", titles[i % std::size(titles)]);
-        }
-        for (std::size_t i = 0; i < favicons.requests.size(); ++i) {
-            favicons.answer(i, icon(static_cast<int>(i)));
+            viewAt(i).simulateFavicon(icon(i));
         }
         mainQueue.drain();
         for (int i = 0; i < pinned; ++i) {

@@ -49,11 +49,11 @@ TEST_F(WebContainerTest, ShowsTheSelectedTabsOwnPageAndLeavesItAloneForOtherTabs
     g_signal_handlers_disconnect_by_data(third, &unparented);
 }
 
-TEST_F(WebContainerTest, ACrashedPageShowsAMessageWithReloadInItsTabOnly) {
+TEST_F(WebContainerTest, ACrashedOrFailedPageShowsAMessageInItsTabOnly) {
     showPage(0, "https://shop.example.test/cart", "Cart");
     state->openInNewTab("https://news.test/");
     WebContainer container(*state, [this](const BrowserTab& tab) { return pageOf(tab); });
-    loadCss("crashed-page.css");
+    loadCss("page-trouble.css");
     show(container.widget(), 900, 560);
     state->selectTab(0);
     BrowserTab& crashed = *state->tabs.get()[0];
@@ -91,6 +91,26 @@ TEST_F(WebContainerTest, ACrashedPageShowsAMessageWithReloadInItsTabOnly) {
     EXPECT_NE(findByName(message, "This page is not responding"), nullptr);
     viewAt(0).delegate().webProcessResponsivenessDidChange(true);
     EXPECT_EQ(container.shownPage(), page) << "a page that answers again is shown again";
+
+    const std::string failing = "http://wiki.intranet.test:8080/start";
+    viewAt(0).simulateFailure(LoadFailure{LoadFailureKind::ConnectionRefused, failing, {}});
+    ASSERT_EQ(container.shownPage(), message);
+    EXPECT_NE(findByName(message, "Can't reach this site"), nullptr);
+    EXPECT_NE(findByName(message, "wiki.intranet.test refused to connect. The server may be down, "
+                                  "or not running on this port."),
+              nullptr);
+    runMainLoopFor(400ms);
+    for (const TestTheme& theme : testThemes) {
+        useTheme(theme);
+        runMainLoopFor(100ms);
+        EXPECT_FALSE(
+            saveScreenshot(container.widget(), std::string("failed-load-") + theme.name).empty());
+    }
+    GtkWidget* tryAgain = findByName(message, "Try Again");
+    ASSERT_NE(tryAgain, nullptr);
+    g_signal_emit_by_name(tryAgain, "clicked");
+    EXPECT_EQ(viewAt(0).loadRequests.back().url, failing);
+    EXPECT_EQ(container.shownPage(), page) << "a new load takes the message away";
 }
 
 } // namespace

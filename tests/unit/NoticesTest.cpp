@@ -199,7 +199,7 @@ TEST_F(Notices, EachOperationIsAnnouncedOnceAndOnlyWhenTheStateIsWhole) {
          {}},
         {"reopen",
          [](Notices&, BrowserState& s) { s.reopenLastClosedTab(); },
-         {"tabs: inserted 2", "selection: 1 -> 2", "addressText: https://t1.test/"},
+         {"tabs: inserted 0", "selection: 1 -> 0", "addressText: https://t1.test/"},
          [](Notices&, BrowserState& s) { s.closeTab(0); }},
         {"duplicate",
          [](Notices&, BrowserState& s) { s.duplicateSelectedTab(); },
