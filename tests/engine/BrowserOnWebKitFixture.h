@@ -74,9 +74,7 @@ protected:
             }
             ADD_FAILURE() << "WebKit reported of the first tab:" << events;
         }
-        if (watchedView != nullptr) {
-            g_signal_handlers_disconnect_by_data(watchedView, this);
-        }
+        forgetWatchedView();
         connections.disconnectAll();
         state.reset();
         gtk_window_destroy(GTK_WINDOW(window));
@@ -85,13 +83,19 @@ protected:
 
     // Quits and starts the browser again on the same settings, as at the next launch.
     void relaunch() {
-        if (watchedView != nullptr) {
-            g_signal_handlers_disconnect_by_data(watchedView, this);
-            watchedView = nullptr;
-        }
+        forgetWatchedView();
         connections.disconnectAll();
         state.reset();
         start();
+    }
+
+    void forgetWatchedView() {
+        if (watchedView != nullptr) {
+            g_signal_handlers_disconnect_by_data(watchedView, this);
+            g_object_remove_weak_pointer(G_OBJECT(watchedView),
+                                         reinterpret_cast<gpointer*>(&watchedView));
+            watchedView = nullptr;
+        }
     }
 
     // Starts the browser on the settings, its selected tab shown in the window.
@@ -151,6 +155,8 @@ protected:
             }
         }));
         watchedView = webKitView(watched);
+        // A test may close the watched tab: its view then goes before the fixture does.
+        g_object_add_weak_pointer(G_OBJECT(watchedView), reinterpret_cast<gpointer*>(&watchedView));
         g_signal_connect(watchedView, "load-changed", G_CALLBACK(&noteLoadChanged), this);
         g_signal_connect(watchedView, "web-process-terminated", G_CALLBACK(&noteTermination), this);
     }
