@@ -5,6 +5,7 @@ namespace ovel {
 class Clock;
 class Desktop;
 class FaviconFetcher;
+class FilterListSource;
 class MainQueue;
 class SettingsStore;
 class UuidSource;
@@ -20,6 +21,8 @@ struct BrowserServices {
     UuidSource& uuids;
     FaviconFetcher& favicons;
     Desktop& desktop;
+    // The published ad and tracker lists; without them the blocker has its built-in rules.
+    FilterListSource* filterLists = nullptr;
 };
 
 } // namespace ovel

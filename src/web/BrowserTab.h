@@ -134,6 +134,7 @@ private:
 
     // WebViewDelegate
     void didStartProvisionalNavigation() override;
+    void pageWillLoad(std::string_view url) override;
     void didFinishNavigation() override;
     void didFailNavigation() override;
     void estimatedProgressDidChange() override;

@@ -78,6 +78,9 @@ public:
     virtual ~WebViewDelegate() = default;
 
     virtual void didStartProvisionalNavigation() = 0;
+    // The page itself (not one of its frames) starts loading from `url`, or was redirected
+    // there, before any of its resources is asked for.
+    virtual void pageWillLoad(std::string_view url) = 0;
     virtual void didFinishNavigation() = 0;
     virtual void didFailNavigation() = 0;
     virtual void estimatedProgressDidChange() = 0;

@@ -37,6 +37,7 @@ public:
     std::size_t count(const std::string& eventPrefix) const;
 
     void didStartProvisionalNavigation() override { events.push_back("start"); }
+    void pageWillLoad(std::string_view) override {}
     void didFinishNavigation() override;
     void didFailNavigation() override { events.push_back("fail"); }
     void estimatedProgressDidChange() override {}
