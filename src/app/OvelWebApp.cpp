@@ -114,7 +114,7 @@ struct OvelWebApp::Parts {
     GlibUuidSource uuids;
     SoupFaviconFetcher favicons;
     GioDesktop desktop;
-    ThreadedFilterListSource filterLists;
+    ThreadedFilterListSource filterLists{ThreadedFilterListSource::configuredFolders()};
     std::shared_ptr<BrowserState> state;
     std::unique_ptr<BrowserCommands> commands;
     std::unique_ptr<BrowserWindow> window;

@@ -47,6 +47,22 @@ std::vector<std::string> ThreadedFilterListSource::systemFolders() {
     };
 }
 
+std::vector<std::string> ThreadedFilterListSource::configuredFolders() {
+    const char* configured = g_getenv("OVEL_FILTER_LISTS");
+    if (configured == nullptr) {
+        return systemFolders();
+    }
+    std::vector<std::string> folders;
+    gchar** parts = g_strsplit(configured, ":", -1);
+    for (gchar** part = parts; *part != nullptr; ++part) {
+        if (**part != '\0') {
+            folders.emplace_back(*part);
+        }
+    }
+    g_strfreev(parts);
+    return folders;
+}
+
 ThreadedFilterListSource::ThreadedFilterListSource(std::vector<std::string> folders)
     : folders_(std::move(folders)) {}
 

@@ -13,6 +13,9 @@ class ThreadedFilterListSource final : public FilterListSource {
 public:
     // Where Debian's uBlock Origin packages keep their copies of the lists.
     static std::vector<std::string> systemFolders();
+    // OVEL_FILTER_LISTS when it is set (folders separated by ':', none when empty), for whoever
+    // starts the browser to try it on lists of their own; else the system's folders.
+    static std::vector<std::string> configuredFolders();
 
     explicit ThreadedFilterListSource(std::vector<std::string> folders = systemFolders());
 

@@ -57,7 +57,7 @@ public:
     static constexpr std::string_view historyKeyBase = "ovel.history.v1";
     static constexpr std::string_view sitePermissionsKeyBase = "ovel.sitePermissions.v1";
     static constexpr std::string_view workspaceSnapshotsKeyBase = "ovel.workspaceSnapshots.v1";
-    static constexpr std::string_view adBlockListID = "ovel.adblock.rules";
+    static constexpr std::string_view adBlockListID = AdBlockListLoader::builtInListID;
 
     static constexpr std::size_t maxClosedTabs = 20;
     static constexpr std::size_t maxHistoryEntries = 500;
