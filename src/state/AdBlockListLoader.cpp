@@ -55,6 +55,10 @@ std::string AdBlockListLoader::listsID(std::string_view contentHash, std::size_t
 template <typename Value>
 std::function<void(Value)> AdBlockListLoader::onMain(void (AdBlockListLoader::*step)(Value)) {
     return [weak = weak_from_this(), &mainQueue = mainQueue_, step](Value value) {
+        // The queue lives as long as the state that owns the loader, and no longer.
+        if (weak.expired()) {
+            return;
+        }
         mainQueue.post([weak, step, value = std::move(value)]() mutable {
             if (auto loader = weak.lock()) {
                 ((*loader).*step)(std::move(value));
@@ -191,6 +195,9 @@ void AdBlockListLoader::dropStoredLists(std::string keep) {
     engine_.fetchContentRuleListIdentifiers(
         [&engine = engine_, &mainQueue = mainQueue_, weak = weak_from_this(),
          keep = std::move(keep)](std::vector<std::string> identifiers) {
+            if (weak.expired()) {
+                return;
+            }
             mainQueue.post([&engine, weak, keep, identifiers = std::move(identifiers)] {
                 if (weak.expired()) {
                     return;

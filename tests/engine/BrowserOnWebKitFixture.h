@@ -98,8 +98,8 @@ protected:
 
     // Starts the browser on the settings, its selected tab shown in the window.
     void start() {
-        state = BrowserState::create(
-            BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
+        state = BrowserState::create(BrowserServices{settings, *engine, mainQueue, clock, uuids,
+                                                     favicons, desktop, filterLists});
         showSelectedTab();
         connections.add(
             state->selectionChanged.connect([this](const SelectionChange&) { showSelectedTab(); }));
@@ -201,6 +201,8 @@ protected:
     SequentialUuidSource uuids;
     SoupFaviconFetcher favicons;
     FolderDesktop desktop;
+    // The published lists, when a test sets them before SetUp().
+    FilterListSource* filterLists = nullptr;
     std::shared_ptr<BrowserState> state;
     GtkWidget* window = nullptr;
     std::vector<std::string> log;
