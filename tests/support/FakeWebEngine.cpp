@@ -33,16 +33,44 @@ bool FakeWebEngine::compileContentRuleList(std::string_view identifier, std::str
     }
     compiledIdentifier = identifier;
     compiledJson = json;
-    pendingCompletion = std::move(completion);
+    pendingCompilations.push_back({std::string(identifier), std::move(completion)});
     return true;
 }
 
 void FakeWebEngine::finishCompilation(bool succeeded) {
-    auto completion = std::move(pendingCompletion);
-    pendingCompletion = nullptr;
-    if (completion) {
-        completion(succeeded ? std::make_shared<FakeContentRuleList>(compiledIdentifier) : nullptr);
+    if (pendingCompilations.empty()) {
+        return;
     }
+    Compilation compilation = std::move(pendingCompilations.front());
+    pendingCompilations.pop_front();
+    if (succeeded) {
+        storedLists.insert(compilation.identifier);
+    }
+    if (compilation.completion) {
+        compilation.completion(
+            succeeded ? std::make_shared<FakeContentRuleList>(compilation.identifier) : nullptr);
+    }
+}
+
+bool FakeWebEngine::loadContentRuleList(std::string_view identifier, CompletionHandler completion) {
+    if (!hasRuleListStore) {
+        return false;
+    }
+    const bool stored = storedLists.contains(std::string(identifier));
+    completion(stored ? std::make_shared<FakeContentRuleList>(std::string(identifier)) : nullptr);
+    return true;
+}
+
+bool FakeWebEngine::fetchContentRuleListIdentifiers(IdentifiersHandler completion) {
+    if (!hasRuleListStore) {
+        return false;
+    }
+    completion(std::vector<std::string>(storedLists.begin(), storedLists.end()));
+    return true;
+}
+
+void FakeWebEngine::removeContentRuleList(std::string_view identifier) {
+    storedLists.erase(std::string(identifier));
 }
 
 int FakeWebEngine::liveViewCount() const {

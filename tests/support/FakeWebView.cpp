@@ -22,6 +22,7 @@ void FakeWebView::loadHTMLString(std::string_view html) {
 
 void FakeWebView::simulateNavigation(const std::string& url, std::optional<std::string> pageTitle) {
     delegate_.decidePolicy(NavigationAction{url, false});
+    delegate_.pageWillLoad(url);
     delegate_.didStartProvisionalNavigation();
     committed = true;
     currentUrl = url;
