@@ -111,6 +111,8 @@ void BrowserTab::showInternalPage(std::string_view address, std::string_view pag
     clearFailure();
     displayAddress.set(std::string(address));
     title.set(std::string(pageTitle));
+    // The page behind it, still in the web view, is not what the tab shows now.
+    favicon.set(std::nullopt);
 }
 
 // Each engine event is one operation: what it changes, here and through the host, is announced

@@ -314,6 +314,9 @@ std::optional<std::string> WebKitWebViewAdapter::url() const {
 }
 
 std::optional<FaviconImage> WebKitWebViewAdapter::favicon() const {
+    if (committedUri_ == "about:blank") {
+        return std::nullopt;
+    }
     return faviconOf(view_.get());
 }
 
@@ -495,6 +498,10 @@ void WebKitWebViewAdapter::noteCommittedUri() {
     if (uri && uri != committedUri_) {
         committedUri_ = std::move(uri);
         delegate_.urlDidChange();
+        // WebKit keeps the last site's icon over a page of our own HTML.
+        if (committedUri_ == "about:blank") {
+            delegate_.faviconDidChange();
+        }
     }
 }
 

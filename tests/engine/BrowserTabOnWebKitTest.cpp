@@ -218,5 +218,41 @@ TEST_F(BrowserTabOnWebKit, AnAddressOpenedAsTheTabIsMadeIsTheOneItShows) {
     EXPECT_EQ(history(), "Page A " + server.url("/a"));
 }
 
+// The icon a page names is the one its tab shows; a page of the browser's own has none, whatever
+// the site before it showed.
+TEST_F(BrowserTabOnWebKit, ThePagesOwnIconShowsInItsTabOnly) {
+    const std::vector<guchar> red = [] {
+        std::vector<guchar> pixels;
+        for (int i = 0; i < 16 * 16; ++i) {
+            pixels.insert(pixels.end(), {0xFF, 0x00, 0x00, 0xFF});
+        }
+        return pixels;
+    }();
+    GBytes* pixels = g_bytes_new(red.data(), red.size());
+    GdkTexture* texture = gdk_memory_texture_new(16, 16, GDK_MEMORY_R8G8B8A8, pixels, 16 * 4);
+    GBytes* png = gdk_texture_save_to_png_bytes(texture);
+    server.serve("/icons/red.png",
+                 {200,
+                  "image/png",
+                  std::string(static_cast<const char*>(g_bytes_get_data(png, nullptr)),
+                              g_bytes_get_size(png)),
+                  {}});
+    g_bytes_unref(png);
+    g_object_unref(texture);
+    g_bytes_unref(pixels);
+    server.serveHtml("/iconic", "<html><head><title>Iconic</title>"
+                                "<link rel=\"icon\" href=\"/icons/red.png\"></head></html>");
+
+    ASSERT_TRUE(openAndWait(server.url("/iconic")));
+    ASSERT_TRUE(waitUntil([&] { return tab().favicon->has_value(); })) << "no icon arrived";
+    EXPECT_EQ(tab().favicon.get()->width, 16);
+    EXPECT_EQ(std::vector<std::uint8_t>(tab().favicon.get()->rgba.begin(),
+                                        tab().favicon.get()->rgba.begin() + 4),
+              (std::vector<std::uint8_t>{0xFF, 0x00, 0x00, 0xFF}));
+    state->openURL("ovel://settings");
+    EXPECT_TRUE(waitUntil([&] { return !tab().favicon->has_value(); }))
+        << "the site's icon stays over the settings page";
+}
+
 } // namespace
 } // namespace ovel::test
