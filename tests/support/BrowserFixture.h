@@ -67,12 +67,16 @@ protected:
     }
 
     // The strip by the tabs' titles, as "T1p T2 [T3]": p marks a pinned tab, brackets the
-    // selected one.
+    // selected one. A tab whose page has not come yet shows the address it asked for, or "new".
     std::string strip() const {
         std::string text;
         for (std::size_t i = 0; i < state->tabs->size(); ++i) {
             const BrowserTab& tab = *state->tabs.get()[i];
-            std::string name = tab.title.get() + (tab.isPinned.get() ? "p" : "");
+            const FakeWebView& view = viewOf(tab);
+            std::string name = view.committed               ? tab.title.get()
+                               : !view.loadRequests.empty() ? view.loadRequests.back().url
+                                                            : "new";
+            name += tab.isPinned.get() ? "p" : "";
             if (static_cast<int>(i) == state->selectedIndex.get()) {
                 name = "[" + name + "]";
             }

@@ -41,56 +41,18 @@ protected:
 
     WebViewDelegate& delegateAt(int index) { return viewAt(index).delegate(); }
 
-    // The strip as "host*" for the selected tab, e.g. "a b* c".
-    std::string strip() {
-        std::string text;
-        for (int i = 0; i < static_cast<int>(state->tabs->size()); ++i) {
-            const auto& tab = *state->tabs.get()[static_cast<std::size_t>(i)];
-            const FakeWebView& view = viewOf(tab);
-            const std::string name = view.committed               ? tab.title.get()
-                                     : !view.loadRequests.empty() ? view.loadRequests.back().url
-                                                                  : "new";
-            text += (text.empty() ? "" : " ") + name + (i == state->selectedIndex.get() ? "*" : "");
-        }
-        return text;
-    }
-
     void middleClick(int index, const std::string& url, unsigned button = 2, bool control = false) {
         NavigationAction click{url, false, true, button, control};
         EXPECT_EQ(delegateAt(index).decidePolicy(click), NavigationActionPolicy::Cancel);
     }
 };
 
-TEST_F(NewTabsFromPages, LinksOpenNextToTheirPageInOrder) {
-    struct Case {
-        const char* what;
-        std::function<void()> act;
-        const char* strip;
-    };
-    const std::vector<Case> cases = {
-        {"a middle click opens behind, next to its page",
-         [this] { middleClick(1, "https://x.test/"); }, "a b* https://x.test/ c d"},
-        {"Ctrl+click the same; links opened one after another keep their order",
-         [this] {
-             middleClick(1, "https://x.test/", 1, true);
-             middleClick(1, "https://y.test/");
-         },
-         "a b* https://x.test/ https://y.test/ c d"},
-        {"the context menu's item opens behind too",
-         [this] { delegateAt(3).openLinkInNewTab("https://z.test/"); }, "a b* c d https://z.test/"},
-        {"a new window of the page (target=_blank, window.open) is selected next to it",
-         [this] {
-             FakeNewWebViewRequest request(engine, "https://w.test/");
-             EXPECT_TRUE(delegateAt(1).createWebViewForNewTab(request));
-             EXPECT_EQ(request.made, 1);
-         },
-         "a b new* c d"},
-    };
-    for (const Case& c : cases) {
-        SetUp();
-        c.act();
-        EXPECT_EQ(strip(), c.strip) << c.what;
-    }
+// A new window of the page and the context menu's link are the end-to-end tests' to place.
+TEST_F(NewTabsFromPages, MiddleAndControlClickedLinksOpenBehindNextToTheirPageInOrder) {
+    middleClick(1, "https://x.test/");
+    EXPECT_EQ(strip(), "a [b] https://x.test/ c d");
+    middleClick(1, "https://y.test/", 1, true);
+    EXPECT_EQ(strip(), "a [b] https://x.test/ https://y.test/ c d");
 }
 
 TEST_F(NewTabsFromPages, AnAdoptedViewIsTheTabsOwnAndLoadsNothingOfItsOwn) {
