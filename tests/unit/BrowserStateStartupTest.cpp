@@ -51,19 +51,33 @@ TEST_F(BrowserStateStartup, SecondLaunchFindsTheSameProfileAndSession) {
     EXPECT_EQ(again.historyEntries->size(), 1u);
 }
 
-TEST_F(BrowserStateStartup, StoredSettingsAndTheirFallbacks) {
-    store.setString(BrowserState::themeKey, "Midnight");
-    store.setString(BrowserState::searchEngineKey, "bing");
+TEST_F(BrowserStateStartup, SettingsAreWrittenOnEveryAssignmentAndReadAtTheNextLaunch) {
+    for (BrowserTheme theme : allThemes) {
+        store.setString(BrowserState::themeKey, rawValue(theme));
+        EXPECT_EQ(launch().theme.get(), theme);
+    }
+    // Raw values are exact: what is not one falls back.
+    store.setString(BrowserState::themeKey, "Ocean");
+    store.setString(BrowserState::searchEngineKey, "duckduckgo");
     store.setString(BrowserState::smoothAnimationsKey, "false"); // not a boolean
     EXPECT_EQ(launch().theme.get(), BrowserTheme::Midnight);
-    EXPECT_EQ(state->searchEngine.get(), SearchEngine::Bing);
+    EXPECT_EQ(state->searchEngine.get(), SearchEngine::Google);
     EXPECT_TRUE(state->smoothAnimations.get());
 
-    store.setString(BrowserState::themeKey, "citrus");
-    store.setBoolean(BrowserState::smoothAnimationsKey, false);
-    store.setBoolean(BrowserState::adBlockEnabledKey, true);
+    store.log.clear();
+    state->setTheme(BrowserTheme::Citrus);
+    state->setTheme(BrowserTheme::Citrus);
+    state->setSearchEngine(SearchEngine::DuckDuckGo);
+    state->setSmoothAnimations(false);
+    state->setAdBlockEnabled(true);
+    EXPECT_EQ(store.entries("set "),
+              (std::vector<std::string>{"set ovel.theme", "set ovel.theme", "set ovel.searchEngine",
+                                        "set ovel.smoothAnimations", "set ovel.adBlockEnabled"}));
+    EXPECT_EQ(store.string(BrowserState::searchEngineKey), "duckDuckGo");
+    EXPECT_EQ(viewAt(0).htmlLoads.size(), 3u) << "each theme assignment regenerates the start page";
     launch();
     EXPECT_EQ(state->theme.get(), BrowserTheme::Citrus);
+    EXPECT_EQ(state->searchEngine.get(), SearchEngine::DuckDuckGo);
     EXPECT_FALSE(state->smoothAnimations.get());
     EXPECT_TRUE(state->adBlockEnabled.get());
     EXPECT_EQ(viewAt(0).htmlLoads.back(), startPageHTML(BrowserTheme::Citrus));
@@ -81,45 +95,27 @@ TEST_F(BrowserStateStartup, AStoredActiveIDNamingNoProfileFallsBackToTheFirst) {
         << "start-up only writes the corrected id";
 }
 
-TEST_F(BrowserStateStartup, ASessionWithSelectedIndexSevenAndThreeTabs) {
-    store.setData(BrowserState::profilesKey, encodeProfiles({{"P", "Default"}}));
-    store.setData(
-        BrowserState::profileKey(BrowserState::sessionKeyBase, "P"),
-        encodeSession(
-            {7, {{"https://one.test/", false}, {std::nullopt, true}, {"not a url", false}}}));
-    BrowserState& browser = launch();
-
-    ASSERT_EQ(browser.tabs->size(), 3u);
-    EXPECT_EQ(browser.selectedIndex.get(), 2);
-    EXPECT_EQ(viewAt(0).loadRequests.at(0).url, "https://one.test/");
-    EXPECT_TRUE(browser.tabs.get()[1]->isPinned.get());
-    EXPECT_EQ(viewAt(1).htmlLoads.size(), 1u) << "a tab without a URL shows the start page";
-    EXPECT_EQ(viewAt(2).htmlLoads.size(), 1u) << "so does one whose URL does not parse";
-    EXPECT_TRUE(viewAt(0).htmlLoads.empty());
-}
-
-TEST_F(BrowserStateStartup, AnOddStoredSelectionIsClampedAndTheTabsSurvive) {
-    const std::pair<const char*, int> cases[] = {
-        {"99999999999", 1}, {"1.0", 1}, {"0.5", 0}, {"-99999999999", 0}};
-    for (const auto& [stored, selected] : cases) {
+// A stored index is clamped to the tabs; a tab without a URL that parses shows the start page.
+TEST_F(BrowserStateStartup, AStoredSessionComesBackWithItsTabsAndAClampedSelection) {
+    const std::string two = R"("tabs":[{"url":"https://a.test/","isPinned":false},)"
+                            R"({"url":"https://b.test/","isPinned":false}])";
+    const std::pair<std::string, const char*> cases[] = {
+        {R"(7,"tabs":[{"url":"https://one.test/","isPinned":false},{"isPinned":true},)"
+         R"({"url":"not a url","isPinned":false}])",
+         "https://one.test/ New Tabp [New Tab]"},
+        {"99999999999," + two, "https://a.test/ [https://b.test/]"},
+        {"1.0," + two, "https://a.test/ [https://b.test/]"},
+        {"0.5," + two, "[https://a.test/] https://b.test/"},
+        {"-99999999999," + two, "[https://a.test/] https://b.test/"},
+        {R"(-4,"tabs":[])", "[New Tab]"},
+    };
+    for (const auto& [session, expected] : cases) {
         store.setData(BrowserState::profilesKey, encodeProfiles({{"P", "Default"}}));
         store.setData(BrowserState::profileKey(BrowserState::sessionKeyBase, "P"),
-                      std::string(R"({"selectedIndex":)") + stored +
-                          R"(,"tabs":[{"url":"https://a.test/","isPinned":false},)" +
-                          R"({"url":"https://b.test/","isPinned":false}]})");
-        BrowserState& browser = launch();
-        EXPECT_EQ(browser.tabs->size(), 2u) << stored;
-        EXPECT_EQ(browser.selectedIndex.get(), selected) << stored;
+                      R"({"selectedIndex":)" + session + "}");
+        launch();
+        EXPECT_EQ(strip(), expected) << session;
     }
-}
-
-TEST_F(BrowserStateStartup, ASessionOfNoTabsOpensOneStartPage) {
-    store.setData(BrowserState::profilesKey, encodeProfiles({{"P", "Default"}}));
-    store.setData(BrowserState::profileKey(BrowserState::sessionKeyBase, "P"),
-                  R"({"selectedIndex":-4,"tabs":[]})");
-    launch();
-    EXPECT_EQ(state->tabs->size(), 1u);
-    EXPECT_EQ(state->selectedIndex.get(), 0);
 }
 
 TEST_F(BrowserStateStartup, UnreadableBlobsFallBackAndStayUntouched) {
@@ -153,33 +149,6 @@ TEST_F(BrowserStateStartup, UnreadableBlobsFallBackAndStayUntouched) {
     EXPECT_NE(profileID(), "P");
 }
 
-TEST_F(BrowserStatePersistence, SettingsAreWrittenOnEveryAssignment) {
-    launch();
-    store.log.clear();
-    state->setTheme(BrowserTheme::Ocean);
-    state->setTheme(BrowserTheme::Ocean);
-    state->setSearchEngine(SearchEngine::DuckDuckGo);
-    state->setSmoothAnimations(false);
-    state->setAdBlockEnabled(true);
-    EXPECT_EQ(store.entries("set "),
-              (std::vector<std::string>{"set ovel.theme", "set ovel.theme", "set ovel.searchEngine",
-                                        "set ovel.smoothAnimations", "set ovel.adBlockEnabled"}));
-    EXPECT_EQ(store.string("ovel.searchEngine"), "duckDuckGo");
-    EXPECT_EQ(viewAt(0).htmlLoads.size(), 3u) << "each theme assignment regenerates the start page";
-}
-
-TEST_F(BrowserStatePersistence, TheSessionRecordsURLsPinsAndAClampedIndex) {
-    launch();
-    state->newTab();
-    showPage(1, "https://two.test/path?q=1", "Two");
-    state->togglePinTab(1);
-    auto session = decodeSession(store.data(key(BrowserState::sessionKeyBase)).value());
-    ASSERT_TRUE(session);
-    EXPECT_EQ(session->tabs,
-              (std::vector<TabStore>{{"https://two.test/path?q=1", true}, {std::nullopt, false}}));
-    EXPECT_EQ(session->selectedIndex, 0);
-}
-
 TEST_F(BrowserStatePersistence, ABackgroundPageUpdateRecordsHistoryButNotTheAddress) {
     launch();
     state->newTab();
@@ -204,6 +173,8 @@ TEST_F(BrowserStateProfileSwitch, SavesTheLeavingProfileInOrderBeforeReadingTheN
     showPage(0, "https://first.test/", "First");
     state->createProfile();
     const std::string second = profileID();
+    EXPECT_EQ(state->activeProfileName(), "Profile 2");
+    EXPECT_EQ(store.string(BrowserState::activeProfileIDKey), second);
     store.log.clear();
 
     state->switchToProfile(first);

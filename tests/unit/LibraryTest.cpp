@@ -22,24 +22,14 @@ std::vector<std::string> urlsOf(const std::vector<HistoryEntry>& entries) {
 TEST_F(History, SkipsOnlyImmediateRepeatsNewestFirst) {
     for (const char* page :
          {"https://a.test/", "https://a.test/", "https://b.test/", "https://a.test/"}) {
+        clock.advance(1);
         showPage(0, page, "Page");
     }
     EXPECT_EQ(urlsOf(state->historyEntries.get()),
               (std::vector<std::string>{"https://a.test/", "https://b.test/", "https://a.test/"}));
+    EXPECT_EQ(state->historyEntries->front().visitedAt, clock.now());
     EXPECT_EQ(decodeHistory(store.data(key(BrowserState::historyKeyBase)).value()),
               state->historyEntries.get());
-}
-
-TEST_F(History, KeepsFiveHundredEntries) {
-    for (int visit = 1; visit <= 501; ++visit) {
-        clock.advance(1);
-        showPage(0, "https://site.test/" + std::to_string(visit), "Visit");
-    }
-    ASSERT_EQ(state->historyEntries->size(), 500u);
-    EXPECT_EQ(state->historyEntries->front().url, "https://site.test/501");
-    EXPECT_EQ(state->historyEntries->back().url, "https://site.test/2");
-    EXPECT_EQ(state->historyEntries->front().visitedAt, clock.now());
-    EXPECT_EQ(decodeHistory(store.data(key(BrowserState::historyKeyBase)).value())->size(), 500u);
 }
 
 TEST_F(History, ClearingOneProfileLeavesTheOthers) {
@@ -132,24 +122,6 @@ TEST_F(WorkspaceSnapshots, RestoringReplacesTabsClampsAndLeavesClosedTabsAlone) 
     EXPECT_EQ(state->tabs->size(), 2u);
     state->deleteWorkspaceSnapshot(snapshot.id);
     EXPECT_TRUE(state->workspaceSnapshots->empty());
-}
-
-TEST_F(Profiles, CreatingSavesTheFirstAndSwitchesToAFreshOne) {
-    const std::string first = profileID();
-    showPage(0, "https://first.test/", "First");
-    state->createProfile();
-    ASSERT_EQ(state->profiles->size(), 2u);
-    EXPECT_EQ(state->profiles->back().name, "Profile 2");
-    EXPECT_EQ(profileID(), state->profiles->back().id);
-    EXPECT_EQ(decodeProfiles(store.data(BrowserState::profilesKey).value())->size(), 2u);
-    EXPECT_EQ(store.string(BrowserState::activeProfileIDKey), profileID());
-    EXPECT_EQ(decodeSession(
-                  store.data(BrowserState::profileKey(BrowserState::sessionKeyBase, first)).value())
-                  ->tabs.at(0)
-                  .url,
-              "https://first.test/");
-    EXPECT_EQ(state->tabs->size(), 1u);
-    EXPECT_TRUE(state->historyEntries->empty());
 }
 
 TEST_F(Profiles, RenamingTrimsAndRefusesBlanks) {

@@ -35,21 +35,6 @@ TEST(RecordsJson, WritesTheStoredMemberNamesAndOmitsAbsentOptionals) {
               "selectedIndex":9,"tabs":[{"isPinned":true}]}])"));
 }
 
-TEST(RecordsJson, RoundTripsEveryBlob) {
-    const std::vector<BrowserProfile> profiles{{"P1", "Default"}, {"P2", "Work \"quoted\""}};
-    EXPECT_EQ(decodeProfiles(encodeProfiles(profiles)), profiles);
-
-    const std::vector<TabStore> closed{{"https://x.test/a?b=c#d", false}, {std::nullopt, true}};
-    EXPECT_EQ(decodeClosedTabs(encodeClosedTabs(closed)), closed);
-
-    const std::vector<BookmarkStore> bookmarks{{"Ünïcode ✓", "https://b.test/"}};
-    EXPECT_EQ(decodeBookmarks(encodeBookmarks(bookmarks)), bookmarks);
-
-    const std::vector<HistoryEntry> history{
-        {"0A1B2C3D-0000-4000-8000-00000000000F", "", "http://h.test/", Date{812345678.123456}}};
-    EXPECT_EQ(decodeHistory(encodeHistory(history)), history);
-}
-
 TEST(RecordsJson, ReadsMembersInAnyOrderAndIgnoresUnknownOnes) {
     auto session = decodeSession(
         R"({"extra":[1,2],"tabs":[{"isPinned":false,"zoom":2,"url":"https://a.test/"}],"selectedIndex":0})");
@@ -144,16 +129,6 @@ TEST(RecordsJson, AnOddSelectedIndexIsReadNotRefused) {
             "," + tabs + "}]");
         ASSERT_TRUE(snapshots) << c.stored;
         EXPECT_EQ(snapshots->at(0).selectedIndex, c.read) << c.stored;
-    }
-}
-
-TEST(RecordsJson, EnumerationRawValuesAreExactAndCaseSensitive) {
-    EXPECT_EQ(browserThemeFromRaw("ocean"), BrowserTheme::Ocean);
-    EXPECT_EQ(browserThemeFromRaw("Midnight"), std::nullopt) << "labels are never raw values";
-    EXPECT_EQ(searchEngineFromRaw("duckDuckGo"), SearchEngine::DuckDuckGo);
-    EXPECT_EQ(searchEngineFromRaw("duckduckgo"), std::nullopt);
-    for (BrowserTheme theme : allThemes) {
-        EXPECT_EQ(browserThemeFromRaw(rawValue(theme)), theme);
     }
 }
 
