@@ -15,15 +15,6 @@ protected:
 
 using BrowserTabNavigation = BrowserTabTest;
 using BrowserTabFavicon = BrowserTabTest;
-using BrowserTabPolicies = BrowserTabTest;
-
-TEST_F(BrowserTabNavigation, LoadingLeavesInternalPagesWithTheSixtySecondTimeout) {
-    state->openURL("ovel://settings");
-    state->openURL("https://a.test/");
-    EXPECT_FALSE(tab().displayAddress->has_value());
-    ASSERT_EQ(view().loadRequests.size(), 1u);
-    EXPECT_EQ(view().loadRequests[0].timeout, std::chrono::seconds(60));
-}
 
 TEST_F(BrowserTabNavigation, ProgressIsReadWhenTheMainQueueRunsAndNeverAfterTheTabIsGone) {
     view().simulateProgress(0.3);
@@ -67,19 +58,6 @@ TEST_F(BrowserTabFavicon, AFailureKeepsThePreviousIcon) {
     state->closeTab(0);
     favicons.answer(2, icon);
     EXPECT_EQ(mainQueue.drain(), 1) << "an icon for a closed tab is dropped safely";
-}
-
-TEST_F(BrowserTabPolicies, InternalLinksOpenInPlaceAndOtherActionsAreAllowedOrDownloaded) {
-    WebViewDelegate& delegate = view().delegate();
-    EXPECT_EQ(delegate.decidePolicy(NavigationAction{"ovel://settings", false}),
-              NavigationActionPolicy::Cancel);
-    EXPECT_EQ(tab().displayAddress.get(), "ovel://settings");
-    EXPECT_EQ(delegate.decidePolicy(NavigationAction{"CHROME://nowhere", false}),
-              NavigationActionPolicy::Allow);
-    EXPECT_EQ(delegate.decidePolicy(NavigationAction{"https://a.test/f.zip", true}),
-              NavigationActionPolicy::Download);
-    EXPECT_EQ(delegate.decidePolicy(NavigationResponse{false}), NavigationResponsePolicy::Download);
-    EXPECT_EQ(delegate.decidePolicy(NavigationResponse{true}), NavigationResponsePolicy::Allow);
 }
 
 } // namespace
