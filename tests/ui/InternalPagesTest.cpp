@@ -131,7 +131,8 @@ TEST_F(InternalPagesTest, SettingsPreferencesAndWorkspaceStatus) {
 
     EXPECT_NE(findByName(root, "No saved workspaces yet."), nullptr);
     EXPECT_TRUE(click(root, "Save Current Tabs"));
-    EXPECT_NE(findByName(root, "Latest: Workspace 1 (1 tabs)"), nullptr);
+    EXPECT_TRUE(click(root, "Save Current Tabs"));
+    EXPECT_NE(findByName(root, "Latest: Workspace 2 (1 tabs)"), nullptr);
 }
 
 TEST_F(InternalPagesTest, HistoryShowsFiveHundredEntriesWithFewRowsAndHearsOneVisitAsOneInsert) {
@@ -192,24 +193,29 @@ TEST_F(InternalPagesTest, DownloadCardsShowTheButtonsOfTheirStatusAndStayPut) {
     ASSERT_NE(card, nullptr);
     EXPECT_FALSE(shown(findByName(page.widget(), "No downloads yet.")));
 
-    // Which buttons a status has is the unit tests' to check; here, that the card follows.
-    const auto visible = [&] {
+    const auto visible = [&](GtkWidget* of) {
         std::vector<std::string> names;
         for (const char* name : {"Pause", "Resume", "Cancel", "Open In Finder", "Retry"}) {
-            if (shown(findByName(card, name))) {
+            if (shown(findByName(of, name))) {
                 names.emplace_back(name);
             }
         }
         return names;
     };
-    EXPECT_EQ(visible(), (std::vector<std::string>{"Pause", "Cancel"}));
+    EXPECT_EQ(visible(card), (std::vector<std::string>{"Pause", "Cancel"}));
+    state->pauseDownload(state->downloads->front());
+    EXPECT_EQ(visible(card), (std::vector<std::string>{"Resume", "Cancel"}));
     transfer->fail("Refused");
     mainQueue.drain();
     EXPECT_EQ(page.cardFor(report), card) << "the same card, updated";
-    EXPECT_EQ(visible(), std::vector<std::string>{"Retry"});
+    EXPECT_EQ(visible(card), std::vector<std::string>{"Retry"});
     EXPECT_TRUE(shown(findByName(card, "Failed")));
     EXPECT_TRUE(click(card, "Retry"));
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/report");
+    viewAt(0).simulateDownload("done.zip")->finish();
+    mainQueue.drain();
+    EXPECT_EQ(visible(page.cardFor(state->downloads->front().id)),
+              std::vector<std::string>{"Open In Finder"});
 
     state->clearDownloads();
     EXPECT_EQ(page.cardFor(report), nullptr);

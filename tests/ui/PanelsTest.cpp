@@ -157,9 +157,8 @@ TEST_F(PanelsTest, TheShelfShowsEightItemsWithTheirControlsAndClearLeavesTransfe
     ASSERT_TRUE(waitUntil([&] { return view_->downloadShelf().progress() == 1.0; }, 5s));
     test::runMainLoopFor(100ms);
     GtkWidget* shelf = view_->downloadShelf().widget();
-    // Ten records, newest first: six cancelled, finished, failed, paused, started; eight shown.
-    // Which records the shelf takes and which buttons a status has are the unit tests' to list;
-    // here, that the shelf follows them.
+    // Ten records, newest first: six cancelled, finished, failed, paused, started; the first
+    // eight shown.
     EXPECT_EQ(countNamed(shelf, "Show in Folder"), 8u) << "each has its file's path";
     EXPECT_EQ(countNamed(shelf, "Retry"), 7u) << "six cancelled and one failed";
     EXPECT_EQ(countNamed(shelf, "Pause") + countNamed(shelf, "Resume"), 0u)
