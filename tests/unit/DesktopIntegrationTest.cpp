@@ -8,25 +8,23 @@ constexpr auto ask = PermissionSetting::Ask;
 constexpr auto allow = PermissionSetting::Allow;
 constexpr auto block = PermissionSetting::Block;
 
-TEST(NotificationPermissionDecisions, HostsSortedByTheirNotificationSetting) {
-    const SitePermissionRules rules{{"a.test", {block, block, block, allow}},
-                                    {"b.test", {allow, allow, allow, block}},
-                                    {"c.test", {allow, allow, allow, ask}},
-                                    {"d.test", {ask, ask, ask, allow}}};
-    EXPECT_EQ(notificationPermissions(rules),
-              (NotificationPermissions{{"a.test", "d.test"}, {"b.test"}}));
-    EXPECT_EQ(notificationPermissions({}), NotificationPermissions{});
-}
-
 using DesktopIntegration = LaunchedBrowser;
 
 TEST_F(DesktopIntegration, TheEngineHearsTheNotificationRulesOfTheActiveProfile) {
     EXPECT_EQ(engine.notificationPermissions, NotificationPermissions{});
-    showPage(0, "https://news.test/", "News");
-    state->setCurrentSiteRule({ask, ask, ask, allow});
-    EXPECT_EQ(engine.notificationPermissions.allowedHosts, std::vector<std::string>{"news.test"});
+    // Hosts by their notification setting alone, sorted; the ones that ask are left out.
+    for (const auto& [host, notifications] : {std::pair{"news.test", allow},
+                                              {"cam.test", ask},
+                                              {"ads.test", block},
+                                              {"a.test", allow}}) {
+        showPage(0, std::string("https://") + host + "/", host);
+        state->setCurrentSiteRule({block, allow, block, notifications});
+    }
+    EXPECT_EQ(engine.notificationPermissions,
+              (NotificationPermissions{{"a.test", "news.test"}, {"ads.test"}}));
     state->setCurrentSiteRule({ask, ask, ask, block});
-    EXPECT_EQ(engine.notificationPermissions, (NotificationPermissions{{}, {"news.test"}}));
+    EXPECT_EQ(engine.notificationPermissions,
+              (NotificationPermissions{{"news.test"}, {"a.test", "ads.test"}}));
 
     // A fresh profile has no rules: nothing stays decided for its pages.
     state->createProfile();
@@ -69,18 +67,6 @@ TEST_F(DesktopIntegration, FullScreenFollowsTheShownPageOnly) {
     viewAt(1).delegate().pageDidChangeFullscreen(true);
     state->selectTab(0);
     EXPECT_FALSE(state->pageFullscreen.get()) << "the page in full screen was left behind";
-}
-
-TEST_F(DesktopIntegration, PrintingNeedsAWebPage) {
-    showPage(0, "https://news.test/", "News");
-    EXPECT_TRUE(state->canPrintPage());
-    state->printPage();
-    EXPECT_EQ(viewAt(0).printCount, 1);
-
-    state->openURL("ovel://settings");
-    EXPECT_FALSE(state->canPrintPage());
-    state->printPage();
-    EXPECT_EQ(viewAt(0).printCount, 1);
 }
 
 } // namespace
