@@ -1,5 +1,4 @@
 #include "chrome/BrowserCommands.h"
-#include "chrome/KeyboardShortcutsWindow.h"
 #include "support/BrowserFixture.h"
 #include "support/GtkWait.h"
 #include "support/ViewFixture.h"
@@ -84,68 +83,6 @@ TEST_F(BrowserCommandsTest, CommandsActOnTheStateAndTheSelectedTab) {
         << "an internal page has nothing to print";
     state->openHome();
     EXPECT_TRUE(g_action_group_get_action_enabled(G_ACTION_GROUP(application_), "print"));
-}
-
-class ShortcutsWindowTest : public test::ViewFixture {
-protected:
-    void SetUp() override {
-        test::ViewFixture::SetUp();
-        application_ = application();
-        commands_ = std::make_unique<BrowserCommands>(application_, *state);
-    }
-    void TearDown() override {
-        commands_.reset();
-        test::ViewFixture::TearDown();
-    }
-
-    GtkApplication* application_ = nullptr;
-    std::unique_ptr<BrowserCommands> commands_;
-};
-
-TEST_F(ShortcutsWindowTest, ListsEveryAcceleratorThatWorks) {
-    GtkWindow* window = KeyboardShortcutsWindow::create();
-    // Every shortcut the window's sections list, as "title: accelerators" (the window's search
-    // page holds copies of them, left out).
-    std::vector<std::string> listed;
-    for (GtkWidget* section : widgetsWhere(
-             GTK_WIDGET(window), [](GtkWidget* w) { return GTK_IS_SHORTCUTS_SECTION(w) != 0; })) {
-        for (GtkWidget* shortcut : widgetsWhere(
-                 section, [](GtkWidget* w) { return GTK_IS_SHORTCUTS_SHORTCUT(w) != 0; })) {
-            char* title = nullptr;
-            char* accelerator = nullptr;
-            g_object_get(shortcut, "title", &title, "accelerator", &accelerator, nullptr);
-            listed.push_back(std::string(title) + ": " + (accelerator ? accelerator : ""));
-            g_free(title);
-            g_free(accelerator);
-        }
-    }
-
-    // Every menu command with a shortcut, by the accelerators installed for it, and the keys
-    // outside the menu.
-    std::vector<std::string> expected;
-    for (const BrowserCommand& command : browserCommands) {
-        const std::string action = "app." + std::string(command.action);
-        char** accelerators = gtk_application_get_accels_for_action(application_, action.c_str());
-        if (accelerators[0] != nullptr) {
-            expected.push_back(std::string(command.title) + ": " + accelerators[0]);
-        }
-        g_strfreev(accelerators);
-    }
-    for (const KeyShortcut& shortcut : keyOnlyShortcuts) {
-        expected.push_back(std::string(shortcut.title) + ": " + std::string(shortcut.accelerators));
-    }
-    std::sort(listed.begin(), listed.end());
-    std::sort(expected.begin(), expected.end());
-    EXPECT_EQ(listed, expected);
-    EXPECT_EQ(std::count(listed.begin(), listed.end(), "Next Tab: <Control>Tab <Control>Page_Down"),
-              1);
-
-    gtk_window_set_default_size(window, 1100, 700);
-    gtk_window_present(window);
-    ASSERT_TRUE(test::waitUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(window)); }));
-    test::runMainLoopFor(std::chrono::milliseconds(500));
-    EXPECT_FALSE(saveScreenshot(GTK_WIDGET(window), "keyboard-shortcuts").empty());
-    gtk_window_destroy(window);
 }
 
 } // namespace

@@ -24,7 +24,6 @@ protected:
             loadCss("internal-pages.css");
             loaded = true;
         }
-        useTheme(nightTheme);
     }
 
     GtkWidget* find(GtkWidget* root, const std::string& name) {
@@ -253,55 +252,6 @@ TEST_F(InternalPagesTest, WorkspacesAndAboutFollowTheState) {
     }
     EXPECT_TRUE(click(about.widget(), "Open Downloads"));
     EXPECT_EQ(*state->selectedTab()->displayAddress, "ovel://downloads");
-}
-
-// A page of its own, kept alive by what is returned; `widget` is its widget tree.
-template <typename Page> std::shared_ptr<void> makePage(BrowserState& state, GtkWidget*& widget) {
-    auto page = std::make_shared<Page>(state);
-    widget = page->widget();
-    return page;
-}
-
-// Every page with some data in it, in two themes, into build/artifacts/.
-TEST_F(InternalPagesTest, Screenshots) {
-    state->createProfile(); // switches to the new profile, which the data below goes into
-    showPage(0, "https://news.example.org/today", "Today's <b>news</b> & more");
-    showPage(0, "https://docs.example.com/guide/getting-started", "Getting started");
-    state->createWorkspaceSnapshot("Research");
-    state->newTab();
-    showPage(1, "https://maps.example.net/", "Maps");
-    state->createWorkspaceSnapshot("Work & play");
-    state->setCurrentSiteRule(Rule{Allow, Block});
-    viewAt(1).simulateDownload("movie.mp4");
-    viewAt(1).simulateDownload("paper.pdf");
-    viewAt(1).simulateDownload("photos.zip")->finish();
-    viewAt(1).simulateDownload("broken.iso")->fail("Refused");
-    mainQueue.drain();
-    state->pauseDownload(state->downloads.get()[2]);
-
-    const struct {
-        const char* name;
-        std::shared_ptr<void> (*make)(BrowserState&, GtkWidget*&);
-    } pages[] = {
-        {"settings", &makePage<OvelSettingsPageNative>},
-        {"downloads", &makePage<OvelDownloadsPageNative>},
-        {"history", &makePage<OvelHistoryPageNative>},
-        {"workspaces", &makePage<OvelWorkspacesPageNative>},
-        {"about", &makePage<OvelAboutPageNative>},
-    };
-    for (const TestTheme& theme : testThemes) {
-        useTheme(theme);
-        for (const auto& page : pages) {
-            GtkWidget* widget = nullptr;
-            const auto kept = page.make(*state, widget);
-            show(widget, 1000, 900);
-            runMainLoopFor(600ms);
-            EXPECT_FALSE(saveScreenshot(widget, std::string("page-") + page.name + "-" + theme.name)
-                             .empty());
-            gtk_window_destroy(window_);
-            window_ = nullptr;
-        }
-    }
 }
 
 } // namespace

@@ -163,7 +163,6 @@ TEST_F(PanelsTest, TheShelfShowsEightItemsWithTheirControlsAndClearLeavesTransfe
     EXPECT_EQ(countNamed(shelf, "Retry"), 7u) << "six cancelled and one failed";
     EXPECT_EQ(countNamed(shelf, "Pause") + countNamed(shelf, "Resume"), 0u)
         << "the paused one is ninth and the started one tenth: not shown";
-    saveScreenshot(GTK_WIDGET(window_), "download-shelf");
 
     EXPECT_TRUE(press("Clear"));
     EXPECT_TRUE(state->downloads->empty());
@@ -185,7 +184,6 @@ TEST_F(PanelsTest, ASidebarBookmarkLoadsIntoTheSelectedTabOnly) {
     ASSERT_EQ(state->bookmarks->size(), 2u);
     state->setShowSidebar(true);
     ASSERT_TRUE(waitUntil([&] { return view_->sidebar().progress() == 1.0; }, 5s));
-    saveScreenshot(GTK_WIDGET(window_), "sidebar-bookmarks");
 
     const std::size_t loadsBefore = viewAt(1).loadRequests.size();
     EXPECT_TRUE(press("First page"));
@@ -211,49 +209,26 @@ TEST_F(PanelsTest, TheBackgroundFadesToANewThemeAtOnceWithoutSmoothAnimations) {
     EXPECT_TRUE(view_->orbs().isTicking()) << "the orbs keep breathing all the same";
 }
 
-TEST_F(PanelsTest, ScreenshotsWithEveryPanelOpen) {
-    for (BrowserTheme theme : {BrowserTheme::Ocean, BrowserTheme::Sunrise}) {
-        close();
-        open(theme);
-        for (SlideRevealer* panel :
-             {&view_->sidebar(), &view_->findBar(), &view_->downloadShelf()}) {
-            panel->reveal(true, SlideRevealer::Motion::Instant);
-        }
-        test::runMainLoopFor(300ms);
-        EXPECT_FALSE(
-            saveScreenshot(GTK_WIDGET(window_), "root-view-panels-" + std::string(rawValue(theme)))
-                .empty());
-    }
-}
-
 TEST_F(PanelsTest, APageInFullScreenIsAllThereIsUntilItLeaves) {
-    for (BrowserTheme theme : {BrowserTheme::Midnight, BrowserTheme::Sunrise}) {
-        close();
-        open(theme);
-        state->setShowSidebar(true);
-        auto chromeShown = [&] {
-            return std::vector<bool>{gtk_widget_is_visible(view_->tabStripSlot()) != 0,
-                                     gtk_widget_is_visible(view_->toolbarSlot()) != 0,
-                                     gtk_widget_is_visible(view_->sidebar().widget()) != 0};
-        };
-        GtkWidget* page = view_->webContainer().shownPage();
-        ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(page); }, 5s));
-        WebViewDelegate& engineSide = FakeServices::viewOf(*state->selectedTab()).delegate();
-        const std::string name = "page-full-screen-" + std::string(rawValue(theme));
+    state->setShowSidebar(true);
+    auto chromeShown = [&] {
+        return std::vector<bool>{gtk_widget_is_visible(view_->tabStripSlot()) != 0,
+                                 gtk_widget_is_visible(view_->toolbarSlot()) != 0,
+                                 gtk_widget_is_visible(view_->sidebar().widget()) != 0};
+    };
+    GtkWidget* page = view_->webContainer().shownPage();
+    ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(page); }, 5s));
+    WebViewDelegate& engineSide = FakeServices::viewOf(*state->selectedTab()).delegate();
 
-        engineSide.pageDidChangeFullscreen(true);
-        EXPECT_EQ(chromeShown(), (std::vector<bool>{false, false, false}));
-        EXPECT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) == 1200; }, 5s))
-            << "the page fills the window: " << gtk_widget_get_width(page);
-        saveScreenshot(GTK_WIDGET(window_), name);
+    engineSide.pageDidChangeFullscreen(true);
+    EXPECT_EQ(chromeShown(), (std::vector<bool>{false, false, false}));
+    EXPECT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) == 1200; }, 5s))
+        << "the page fills the window: " << gtk_widget_get_width(page);
 
-        engineSide.pageDidChangeFullscreen(false);
-        EXPECT_EQ(chromeShown(), (std::vector<bool>{true, true, true}));
-        EXPECT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) < 1000; }, 5s))
-            << "the page is framed beside the sidebar again: " << gtk_widget_get_width(page);
-        test::runMainLoopFor(600ms);
-        saveScreenshot(GTK_WIDGET(window_), name + "-left");
-    }
+    engineSide.pageDidChangeFullscreen(false);
+    EXPECT_EQ(chromeShown(), (std::vector<bool>{true, true, true}));
+    EXPECT_TRUE(waitUntil([&] { return gtk_widget_get_width(page) < 1000; }, 5s))
+        << "the page is framed beside the sidebar again: " << gtk_widget_get_width(page);
 }
 
 } // namespace

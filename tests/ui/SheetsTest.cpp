@@ -16,7 +16,6 @@ protected:
     void SetUp() override {
         ViewFixture::SetUp();
         loadCss("sheets.css");
-        useTheme(nightTheme);
         state->createWorkspaceSnapshot("Reading");
         showPage(0, "https://news.example.com/", "Morning News");
         state->newTab();
@@ -196,28 +195,6 @@ TEST_F(SheetsTest, PaletteOpensTheOverviewOverItselfAndTheBackdropClosesIt) {
     EXPECT_FALSE(state->showTabOverview.get());
     EXPECT_FALSE(gtk_widget_get_visible(host->widget()));
     EXPECT_TRUE(hasFocus(behind));
-}
-
-TEST_F(SheetsTest, Screenshots) {
-    for (int i = 0; i < 12; ++i) {
-        state->newTab();
-        showPage(state->selectedIndex.get(), "https://site" + std::to_string(i) + ".example/",
-                 "Page number " + std::to_string(i));
-    }
-    for (const TestTheme& theme : testThemes) {
-        useTheme(theme);
-        state->setShowCommandPalette(true);
-        settle();
-        EXPECT_FALSE(
-            saveScreenshot(GTK_WIDGET(window_), std::string("command-palette-") + theme.name)
-                .empty());
-        state->setShowCommandPalette(false);
-        state->setShowTabOverview(true);
-        settle();
-        EXPECT_FALSE(
-            saveScreenshot(GTK_WIDGET(window_), std::string("tab-overview-") + theme.name).empty());
-        state->setShowTabOverview(false);
-    }
 }
 
 } // namespace
