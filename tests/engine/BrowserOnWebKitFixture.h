@@ -2,15 +2,12 @@
 
 #include "FreshEngine.h"
 #include "TestPages.h"
-#include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
 #include "records/MemorySettingsStore.h"
 #include "state/BrowserState.h"
-#include "support/FakeClock.h"
-#include "support/GtkTestEnvironment.h"
-#include "support/GtkWait.h"
+#include "support/Fakes.h"
 #include "support/LoopbackServer.h"
-#include "support/SequentialUuidSource.h"
+#include "support/TestEnvironment.h"
 #include "web/BrowserTab.h"
 #include "webkit/SoupFaviconFetcher.h"
 #include "webkit/WebKitEngine.h"
@@ -27,25 +24,6 @@
 #include <vector>
 
 namespace ovel::test {
-
-// The browser's own file tests on the real file system, with a Downloads folder the test
-// chooses (GLib reads the user's folders once per process, so a test cannot steer them) and
-// notifications logged instead of shown (and nothing revealed).
-class FolderDesktop : public GioDesktop {
-public:
-    std::optional<std::string> downloadsFolder() override { return downloads; }
-    void revealFile(std::string_view) override {}
-    void showNotification(const DesktopNotification& notification) override {
-        shownNotifications.push_back(notification);
-    }
-    void withdrawNotification(std::string_view id) override {
-        withdrawnNotifications.emplace_back(id);
-    }
-
-    std::optional<std::string> downloads;
-    std::vector<DesktopNotification> shownNotifications;
-    std::vector<std::string> withdrawnNotifications;
-};
 
 // The browser's state and tabs on the real engine: WebKit, the GLib main queue, the libsoup
 // favicon fetcher and the real file system, with fresh folders (Downloads among them) and a
@@ -69,16 +47,6 @@ protected:
     }
 
     void TearDown() override {
-        if (HasFailure()) {
-            std::string events;
-            for (const auto& event : engineEvents) {
-                events += "\n  " + event;
-            }
-            ADD_FAILURE() << "WebKit reported of the first tab:" << events;
-        }
-        if (watchedView != nullptr) {
-            g_signal_handlers_disconnect_by_data(watchedView, this);
-        }
         connections.disconnectAll();
         state.reset();
         gtk_window_destroy(GTK_WINDOW(window));
@@ -87,10 +55,6 @@ protected:
 
     // Quits and starts the browser again on the same settings, as at the next launch.
     void relaunch() {
-        if (watchedView != nullptr) {
-            g_signal_handlers_disconnect_by_data(watchedView, this);
-            watchedView = nullptr;
-        }
         connections.disconnectAll();
         state.reset();
         start();
@@ -136,9 +100,7 @@ protected:
         }
     }
 
-    // Logs the first tab's loading flag, title and back/forward availability as they change,
-    // and WebKit's load events for the message of a failed test (failures are not among them:
-    // the adapter handles load-failed, which stops the signal).
+    // Logs the first tab's loading flag, title and back/forward availability as they change.
     void watchTab() {
         BrowserTab& watched = tab();
         connections.add(watched.changed.connect([this, &watched](TabFields fields) {
@@ -152,19 +114,6 @@ protected:
                 log.push_back(watched.isLoading.get() ? "loading" : "loaded");
             }
         }));
-        watchedView = webKitView(watched);
-        g_signal_connect(watchedView, "load-changed", G_CALLBACK(&noteLoadChanged), this);
-        g_signal_connect(watchedView, "web-process-terminated", G_CALLBACK(&noteTermination), this);
-    }
-
-    static void noteLoadChanged(WebKitWebView* view, WebKitLoadEvent event, BrowserOnWebKit* self) {
-        static const char* const names[] = {"started", "redirected", "committed", "finished"};
-        const char* uri = webkit_web_view_get_uri(view);
-        self->engineEvents.push_back(std::string(names[event]) + " " + (uri ? uri : "-"));
-    }
-    static void noteTermination(WebKitWebView*, WebKitWebProcessTerminationReason reason,
-                                BrowserOnWebKit* self) {
-        self->engineEvents.push_back("web process ended (" + std::to_string(int(reason)) + ")");
     }
 
     std::string takeLog() { return joined(std::exchange(log, {})); }
@@ -192,7 +141,7 @@ protected:
         return joined(entries);
     }
 
-    GtkTestEnvironment environment;
+    TestEnvironment environment;
     LoopbackServer server;
     MemorySettingsStore settings;
     std::unique_ptr<WebKitEngine> engine;
@@ -200,13 +149,11 @@ protected:
     FakeClock clock;
     SequentialUuidSource uuids;
     SoupFaviconFetcher favicons;
-    FolderDesktop desktop;
+    FakeDesktop desktop;
     std::shared_ptr<BrowserState> state;
     GtkWidget* window = nullptr;
     std::vector<std::string> log;
     Connections connections;
-    WebKitWebView* watchedView = nullptr;
-    std::vector<std::string> engineEvents;
 };
 
 } // namespace ovel::test

@@ -1,7 +1,7 @@
 #include "webkit/SoupFaviconFetcher.h"
-#include "support/GtkWait.h"
 #include "support/IconFiles.h"
 #include "support/LoopbackServer.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

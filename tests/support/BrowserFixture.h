@@ -1,13 +1,8 @@
 #pragma once
 
 #include "state/BrowserState.h"
-#include "support/FakeClock.h"
-#include "support/FakeDesktop.h"
 #include "support/FakeFaviconFetcher.h"
-#include "support/FakeWebEngine.h"
-#include "support/ManualMainQueue.h"
-#include "support/RecordingSettingsStore.h"
-#include "support/SequentialUuidSource.h"
+#include "support/Fakes.h"
 #include "web/BrowserTab.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/BrowserFixture.h"
-#include "support/GtkWait.h"
+#include "support/TestEnvironment.h"
 
 #include <gtk/gtk.h>
 

@@ -1,6 +1,6 @@
 #include "chrome/BrowserCommands.h"
 #include "support/BrowserFixture.h"
-#include "support/GtkWait.h"
+#include "support/TestEnvironment.h"
 #include "support/ViewFixture.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "chrome/BrowserRootView.h"
 #include "support/BrowserFixture.h"
-#include "support/GtkWait.h"
+#include "support/TestEnvironment.h"
 #include "support/ViewFixture.h"
 #include "widgets/SlideRevealer.h"
 

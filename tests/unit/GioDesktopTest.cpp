@@ -1,10 +1,9 @@
 #include "app/GioDesktop.h"
+#include "support/TestEnvironment.h"
 
 #include <gio/gio.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 
 namespace fs = std::filesystem;
@@ -13,17 +12,10 @@ using namespace std::string_literals;
 namespace ovel {
 namespace {
 
-fs::path makeTemporaryFolder() {
-    std::string pattern = (fs::temp_directory_path() / "ovel-desktop-XXXXXX").string();
-    return mkdtemp(pattern.data()) ? fs::path(pattern) : fs::path();
-}
-
 class GioDesktopTest : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_FALSE(home.empty()); }
-    void TearDown() override { fs::remove_all(home); }
-
-    const fs::path home = makeTemporaryFolder();
+    test::TemporaryFolder folder;
+    const fs::path& home = folder.path();
 };
 
 TEST_F(GioDesktopTest, DownloadsGoToTheNamedFolderElseDownloadsInHome) {
@@ -119,10 +111,7 @@ TEST(GioDesktopReveal, AsksTheFileManagerOverDBusToShowTheFile) {
     g_dbus_connection_flush_sync(bus, nullptr, nullptr);
 
     GioDesktop().revealFile("/tmp/Big report #2.pdf");
-    const auto giveUpAt = g_get_monotonic_time() + 20 * G_USEC_PER_SEC; // a bound, not a measure
-    while (!manager.called && g_get_monotonic_time() < giveUpAt) {
-        g_main_context_iteration(nullptr, FALSE);
-    }
+    test::waitUntil([&] { return manager.called; });
 
     // Replies on one connection arrive in order: once this round trip is back, the reveal's own
     // reply is waiting on the main context, and its handler must see it before the bus goes.

@@ -1,10 +1,10 @@
 #include "app/GlibMainQueue.h"
 #include "app/GlibUuidSource.h"
+#include "support/TestEnvironment.h"
 
 #include <glib.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <numeric>
 #include <regex>
 #include <set>
@@ -28,11 +28,7 @@ TEST(GlibMainQueue, RunsTasksPostedFromAnotherThreadOnTheMainLoopInOrder) {
             });
         }
     });
-    // A bound on the wait, not a measure of speed.
-    const auto giveUpAt = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (ran.size() < count && std::chrono::steady_clock::now() < giveUpAt) {
-        g_main_context_iteration(nullptr, FALSE);
-    }
+    test::waitUntil([&] { return ran.size() == count; });
     poster.join();
 
     std::vector<int> expected(count);
