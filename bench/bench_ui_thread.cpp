@@ -1,5 +1,6 @@
 // How long the UI thread is held by what the user does most, with every save it causes going to
-// a real settings file: recording a visit with a full history (500 entries), a tab operation
+// a real settings file: recording a visit with a full history (500 entries), the same among 20
+// tabs that each keep a back/forward list of 10 pages, a tab operation
 // among 100 tabs, and switching between two profiles that each hold 100 tabs, 500 visits and
 // some bookmarks. The browser state runs on the test fakes; only the store is real.
 //
@@ -42,10 +43,16 @@ std::string pageUrl(int n) {
     return url;
 }
 
-ovel::SessionStore sessionOfTabs(int count) {
+// About what WebKit serialises for a back/forward list of 10 pages at addresses like these.
+constexpr std::size_t tenPageStateBytes = 2000;
+
+ovel::SessionStore sessionOfTabs(int count, std::size_t stateBytes = 0) {
     ovel::SessionStore session;
     for (int i = 0; i < count; ++i) {
         session.tabs.push_back({.url = pageUrl(i), .isPinned = i < 4});
+        if (stateBytes > 0) {
+            session.tabs.back().sessionState = std::string(stateBytes, static_cast<char>(i));
+        }
     }
     session.selectedIndex = count / 2;
     return session;
@@ -76,7 +83,8 @@ std::vector<ovel::BookmarkStore> bookmarksOf(int count) {
 // memory. The store is filled before the browser starts, as a previous run would have left it.
 class BrowserOnDisk {
 public:
-    BrowserOnDisk(const benchmark::State& bench, int profileCount, int tabCount) {
+    BrowserOnDisk(const benchmark::State& bench, int profileCount, int tabCount,
+                  std::size_t stateBytes = 0) {
         if (bench.range(0) == 0) {
             store_ = std::make_unique<ovel::MemorySettingsStore>();
         } else {
@@ -95,15 +103,14 @@ public:
                 return BrowserState::profileKey(base, profile.id);
             };
             store_->setData(key(BrowserState::sessionKeyBase),
-                            ovel::encodeSession(sessionOfTabs(tabCount)));
+                            ovel::encodeSession(sessionOfTabs(tabCount, stateBytes)));
             store_->setData(key(BrowserState::historyKeyBase),
                             ovel::encodeHistory(historyOfVisits(500)));
             store_->setData(key(BrowserState::bookmarksKeyBase),
                             ovel::encodeBookmarks(bookmarksOf(30)));
         }
-        state = BrowserState::create(ovel::BrowserServices{*store_, fakes.engine, fakes.mainQueue,
-                                                           fakes.clock, fakes.uuids, fakes.favicons,
-                                                           fakes.desktop});
+        state = BrowserState::create(ovel::BrowserServices{
+            *store_, fakes.engine, fakes.mainQueue, fakes.clock, fakes.uuids, fakes.desktop});
         fakes.mainQueue.drain();
     }
     ~BrowserOnDisk() {
@@ -198,6 +205,24 @@ void BM_VisitWithFullHistory(benchmark::State& bench) {
     times.report(bench);
 }
 BENCHMARK(BM_VisitWithFullHistory)->Apply(onDiskAndInMemory);
+
+// Every visit saves the session, and with it each tab's back/forward list.
+void BM_VisitAmongTabsKeepingTheirHistory(benchmark::State& bench) {
+    BrowserOnDisk browser(bench, 1, 20, tenPageStateBytes);
+    auto& view = FakeServices::viewOf(*browser.state->selectedTab());
+    view.engineState = std::string(tenPageStateBytes, 'h');
+    IterationTimes times;
+    int visit = 0;
+    for (auto _ : bench) {
+        times.start();
+        view.simulateNavigation(pageUrl(visit), "Story " + std::to_string(visit));
+        browser.fakes.mainQueue.drain();
+        times.stop();
+        ++visit;
+    }
+    times.report(bench);
+}
+BENCHMARK(BM_VisitAmongTabsKeepingTheirHistory)->Apply(onDiskAndInMemory);
 
 // Moves one tab right and back left, one move per iteration.
 void BM_MoveTabAmong100(benchmark::State& bench) {

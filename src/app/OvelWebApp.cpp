@@ -21,7 +21,6 @@
 #include "pages/TabOverviewSheet.h"
 #include "state/BrowserState.h"
 #include "web/BrowserTab.h"
-#include "webkit/SoupFaviconFetcher.h"
 #include "webkit/WebKitEngine.h"
 #include "webkit/WebKitWebViewAdapter.h"
 
@@ -111,7 +110,6 @@ struct OvelWebApp::Parts {
     GlibMainQueue mainQueue;
     SystemClock clock;
     GlibUuidSource uuids;
-    SoupFaviconFetcher favicons;
     GioDesktop desktop;
     std::shared_ptr<BrowserState> state;
     std::unique_ptr<BrowserCommands> commands;
@@ -182,9 +180,9 @@ void OvelWebApp::startup() {
     parts_ = std::make_unique<Parts>();
     parts_->engine.setPermissionPrompter(askUser);
     parts_->engine.setAuthenticationPrompter(askToSignIn);
-    parts_->state = BrowserState::create(
-        BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue, parts_->clock,
-                        parts_->uuids, parts_->favicons, parts_->desktop});
+    parts_->state =
+        BrowserState::create(BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue,
+                                             parts_->clock, parts_->uuids, parts_->desktop});
     parts_->commands = std::make_unique<BrowserCommands>(application_.get(), *parts_->state);
 
     // A page's desktop notification, activated: its tab comes forward in the window.

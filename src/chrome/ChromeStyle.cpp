@@ -36,7 +36,7 @@ ChromeStyle::ChromeStyle(GdkDisplay* display)
     // The fixed style of every view, in one provider.
     std::string css;
     for (const char* sheet : {"chrome.css", "tab-strip-toolbar.css", "internal-pages.css",
-                              "sheets.css", "crashed-page.css", "fullscreen.css"}) {
+                              "sheets.css", "page-trouble.css", "fullscreen.css"}) {
         const std::string path = std::string("/org/ovel/Web/chrome/") + sheet;
         if (GBytes* bytes =
                 g_resources_lookup_data(path.c_str(), G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr)) {

@@ -15,7 +15,7 @@ constexpr guint crossFadeMilliseconds = 300;
 } // namespace
 
 WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver, PageMaker pages)
-    : state_(state), resolver_(std::move(resolver)), pages_(std::move(pages)), crashedPage_(state),
+    : state_(state), resolver_(std::move(resolver)), pages_(std::move(pages)), troublePage_(state),
       root_(GObjectRef<GtkWidget>::retain(gtk_stack_new())) {
     // Another tab's page fades in over the last one. The stack keeps a picture of the page it
     // leaves, so the page widget itself is taken out at once.
@@ -34,7 +34,8 @@ WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver, PageMak
             showSelectedTab();
         }
     }));
-    // The selected tab opening or leaving an internal page, or its page crashing or coming back.
+    // The selected tab opening or leaving an internal page, or its page crashing, failing or
+    // coming back.
     connections_.add(state_.tabChanged.connect([this](const BrowserTab& tab, TabFields fields) {
         const auto selected = state_.selectedTab();
         if (!selected || selected->id() != tab.id()) {
@@ -42,7 +43,7 @@ WebContainer::WebContainer(BrowserState& state, WidgetResolver resolver, PageMak
         }
         if ((fields.has(TabField::DisplayAddress) &&
              pageForDisplayAddress(tab.displayAddress.get()) != shownRoute_) ||
-            fields.has(TabField::Crashed)) {
+            fields.has(TabField::Crashed) || fields.has(TabField::Failure)) {
             showSelectedTab();
         }
     }));
@@ -64,9 +65,10 @@ void WebContainer::showSelectedTab() {
     if (route) {
         shownPageView_ = pages_(*route);
         show(shownPageView_.widget);
-    } else if (tab && (tab->hasCrashed.get() || tab->isUnresponsive.get())) {
-        crashedPage_.showFor(*tab);
-        show(crashedPage_.widget());
+    } else if (tab &&
+               (tab->hasCrashed.get() || tab->isUnresponsive.get() || tab->loadFailure.get())) {
+        troublePage_.showFor(*tab);
+        show(troublePage_.widget());
     } else {
         show(tab ? resolver_(*tab) : nullptr);
     }

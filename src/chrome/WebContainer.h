@@ -1,6 +1,6 @@
 #pragma once
 
-#include "chrome/CrashedPageView.h"
+#include "chrome/PageTroubleView.h"
 #include "gutil/GLibTimer.h"
 #include "gutil/GObjectRef.h"
 #include "presentation/InternalPages.h"
@@ -23,8 +23,8 @@ class BrowserTab;
 // in, so this view never sees the engine, and the internal pages come from a maker it hands in,
 // so this view never sees the pages' layer. A tab's web view is only moved in and out, never
 // re-created, so a tab selected again shows its page as it was left; an internal page is made
-// afresh for each tab that shows it. A tab whose page crashed or hangs shows a message with
-// "Reload" in place of its web view until the page is loaded again.
+// afresh for each tab that shows it. A tab whose page crashed, hangs or failed to load shows a
+// message in place of its web view until the page is loaded again.
 class WebContainer {
 public:
     using WidgetResolver = std::function<GtkWidget*(const BrowserTab&)>;
@@ -58,7 +58,7 @@ private:
     // Pages that left the screen, let go of once the event that replaced them is over: a page's
     // own button may be what sent it away.
     std::vector<std::shared_ptr<void>> retiring_;
-    CrashedPageView crashedPage_;
+    PageTroubleView troublePage_;
     GLibTimer retire_;
     GObjectRef<GtkWidget> root_;
     GObjectRef<GtkWidget> shown_;

@@ -28,7 +28,20 @@ struct Date {
 struct TabStore {
     std::optional<std::string> url;
     bool isPinned = false;
-    bool operator==(const TabStore&) const = default;
+    // The tab's back/forward list as the engine serialised it (bytes); none when unknown.
+    std::optional<std::string> sessionState = std::nullopt;
+    // Where a closed tab stood in the strip, so that it comes back there.
+    std::optional<int> index = std::nullopt;
+    // Records of the same tab: its address and pin, whatever the engine kept of its history.
+    bool operator==(const TabStore& other) const {
+        return url == other.url && isPinned == other.isPinned;
+    }
+    bool sameHistoryAndPlace(const TabStore& other) const {
+        return sessionState == other.sessionState && index == other.index;
+    }
+
+    // A state larger than this is not kept: the tab comes back without its history.
+    static constexpr std::size_t maxSessionStateBytes = 256 * 1024;
 };
 
 struct SessionStore {

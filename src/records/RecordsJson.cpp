@@ -107,17 +107,79 @@ const json& arrayOf(const json& document) {
     return document;
 }
 
+constexpr std::string_view base64Alphabet =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+std::string base64Encoded(std::string_view bytes) {
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t at = 0; at < bytes.size(); at += 3) {
+        const std::size_t count = std::min<std::size_t>(3, bytes.size() - at);
+        std::uint32_t group = 0;
+        for (std::size_t i = 0; i < 3; ++i) {
+            group = (group << 8) | (i < count ? static_cast<unsigned char>(bytes[at + i]) : 0u);
+        }
+        for (std::size_t i = 0; i < 4; ++i) {
+            text.push_back(i <= count ? base64Alphabet[(group >> (18 - 6 * i)) & 0x3F] : '=');
+        }
+    }
+    return text;
+}
+
+std::optional<std::string> base64Decoded(std::string_view text) {
+    if (text.size() % 4 != 0) {
+        return std::nullopt;
+    }
+    std::string bytes;
+    bytes.reserve(text.size() / 4 * 3);
+    for (std::size_t at = 0; at < text.size(); at += 4) {
+        std::uint32_t group = 0;
+        std::size_t padding = 0;
+        for (std::size_t i = 0; i < 4; ++i) {
+            const char c = text[at + i];
+            const auto value = base64Alphabet.find(c);
+            // Padding only at the very end, and never more than two.
+            if (c == '=' && at + 4 == text.size() && i >= 2) {
+                ++padding;
+            } else if (value == std::string_view::npos || padding > 0) {
+                return std::nullopt;
+            }
+            group = (group << 6) | (value == std::string_view::npos ? 0u : value);
+        }
+        for (std::size_t i = 0; i < 3 - padding; ++i) {
+            bytes.push_back(static_cast<char>((group >> (16 - 8 * i)) & 0xFF));
+        }
+    }
+    return bytes;
+}
+
 json encodeTab(const TabStore& tab) {
     json object = json::object();
     if (tab.url) {
         object["url"] = *tab.url;
     }
     object["isPinned"] = tab.isPinned;
+    if (tab.sessionState) {
+        object["sessionState"] = base64Encoded(*tab.sessionState);
+    }
+    if (tab.index) {
+        object["index"] = *tab.index;
+    }
     return object;
 }
 
+// The tab's history and place are extras: one that cannot be read is dropped, never the tab.
 TabStore decodeTab(const json& object) {
-    return TabStore{optionalStringMember(object, "url"), boolMember(object, "isPinned")};
+    TabStore tab{optionalStringMember(object, "url"), boolMember(object, "isPinned")};
+    auto state = object.find("sessionState");
+    if (state != object.end() && state->is_string() &&
+        state->get_ref<const std::string&>().size() / 4 * 3 <= TabStore::maxSessionStateBytes) {
+        tab.sessionState = base64Decoded(state->get_ref<const std::string&>());
+    }
+    if (object.contains("index") && object["index"].is_number()) {
+        tab.index = indexMember(object, "index");
+    }
+    return tab;
 }
 
 json encodeTabs(const std::vector<TabStore>& tabs) {

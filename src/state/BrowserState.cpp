@@ -4,12 +4,14 @@
 
 #include "records/RecordsJson.h"
 #include "records/SettingsStore.h"
+#include "web/AddressResolution.h"
 #include "web/ContentPolicies.h"
 #include "web/MainQueue.h"
 #include "web/UuidSource.h"
 #include "web/WebEngine.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ovel {
 
@@ -18,6 +20,21 @@ namespace {
 int clampedIndex(int index, std::size_t count) {
     const int last = std::max(static_cast<int>(count) - 1, 0);
     return std::clamp(index, 0, last);
+}
+
+bool fallsBackToPlainHttp(LoadFailureKind kind) {
+    switch (kind) {
+    case LoadFailureKind::ConnectionRefused:
+    case LoadFailureKind::TimedOut:
+    case LoadFailureKind::ConnectionLost:
+    case LoadFailureKind::SecureConnectionFailed:
+        return true;
+    case LoadFailureKind::HostNotFound:
+    case LoadFailureKind::PortBlocked:
+    case LoadFailureKind::Other:
+        return false;
+    }
+    return false;
 }
 
 // What the address field shows for a tab: its internal page, else its page's address.
@@ -102,6 +119,13 @@ void BrowserState::resetAddressText() {
     auto group = operation();
     if (const auto tab = selectedTab()) {
         addressText.set(addressTextFor(*tab));
+    }
+}
+
+void BrowserState::followTabAddress(const BrowserTab& tab) {
+    const auto selected = selectedTab();
+    if (selected && selected->id() == tab.id()) {
+        addressText.set(addressTextFor(tab));
     }
 }
 
@@ -290,7 +314,7 @@ std::shared_ptr<BrowserTab> BrowserState::makeTab(const std::optional<TabStore>&
         url = record->url ? Url::parse(*record->url) : std::nullopt;
     }
     if (url) {
-        tab->load(*url);
+        tab->load(*url, record->sessionState);
     } else if (adopting == nullptr) {
         tab->loadStartPage(theme.get());
     }
@@ -319,14 +343,40 @@ void BrowserState::bind(BrowserTab& tab) {
 
 void BrowserState::tabDidFinishPage(BrowserTab& tab) {
     auto group = operation();
-    const auto selected = selectedTab();
-    if (selected && selected->id() == tab.id()) {
-        addressText.set(addressTextFor(tab));
-    }
+    followTabAddress(tab);
     if (const std::optional<Url> url = tab.webViewUrl(); url && url->scheme().starts_with("http")) {
         recordHistory(*url, tab.title.get());
     }
     persistSession();
+}
+
+void BrowserState::tabDidFailLoad(BrowserTab& tab) {
+    auto group = operation();
+    const std::optional<LoadFailure>& failure = tab.loadFailure.get();
+    std::optional<Url> fallback = std::exchange(tab.httpFallback_, std::nullopt);
+    const std::optional<Url> failed = failure ? Url::fromEngine(failure->url) : std::nullopt;
+    // A typed address without a scheme that no secure connection reached goes over plain http
+    // once, and its host goes straight there for the rest of the run. A certificate refused is
+    // not such a failure: it has its own page.
+    if (fallback && failed && failed->scheme() == "https" && failed->host() == fallback->host() &&
+        failed->port() == fallback->port() && fallsBackToPlainHttp(failure->kind)) {
+        plainHttpHosts_.insert(hostAndPort(*fallback));
+        tab.load(*fallback);
+        return;
+    }
+    followTabAddress(tab);
+    persistSession();
+}
+
+void BrowserState::tabDidNavigateInPage(BrowserTab& tab) {
+    auto group = operation();
+    followTabAddress(tab);
+    persistSession();
+}
+
+void BrowserState::tabLoadBecameDownload(BrowserTab& tab) {
+    auto group = operation();
+    followTabAddress(tab);
 }
 
 void BrowserState::tabDidReportDownload(const DownloadEvent& event) {

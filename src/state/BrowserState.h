@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -171,6 +172,8 @@ public:
     void setAddressText(std::string_view text);
     // Puts the selected tab's own address back into the field, discarding what was typed.
     void resetAddressText();
+    // The address field follows `tab` if it is the selected one.
+    void followTabAddress(const BrowserTab& tab);
     void openURL(std::string_view text);
     void openHome();
 
@@ -242,6 +245,8 @@ private:
     void bind(BrowserTab& tab);
     void addTabAndSelect(std::shared_ptr<BrowserTab> tab);
     void pushClosedTab(TabStore record);
+    // The closed-tab record of the tab at `index`: what it showed, and where it stood.
+    TabStore closedRecordOf(int index) const;
     void setSelectionToTab(const Uuid& id);
     void movePinnedTabToSection(int index);
     void moveTab(int from, int to);
@@ -278,6 +283,9 @@ private:
 
     // TabHost
     void tabDidFinishPage(BrowserTab& tab) override;
+    void tabDidFailLoad(BrowserTab& tab) override;
+    void tabDidNavigateInPage(BrowserTab& tab) override;
+    void tabLoadBecameDownload(BrowserTab& tab) override;
     void tabDidReportDownload(const DownloadEvent& event) override;
     bool tabRequestsInternalPage(std::string_view address) override;
     void tabWillNavigate(BrowserTab& tab, const Url& url) override;
@@ -302,6 +310,8 @@ private:
     Uuid announcedTab_;
     // One subscription per bound tab, re-announcing its changes as ours.
     Connections tabSubscriptions_;
+    // Hosts (with any port) that a typed address reached only over plain http, for this run.
+    std::set<std::string> plainHttpHosts_;
 };
 
 } // namespace ovel

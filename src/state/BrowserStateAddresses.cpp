@@ -33,8 +33,14 @@ void BrowserState::openURL(std::string_view text) {
         return;
     }
     // The address field follows the page once its navigation finishes.
-    if (std::optional<Url> url = webURLForTypedText(typed)) {
-        tab->load(*url);
+    if (std::optional<TypedAddress> address = typedAddressFor(typed)) {
+        if (address->httpFallback &&
+            plainHttpHosts_.contains(hostAndPort(*address->httpFallback))) {
+            tab->load(*address->httpFallback);
+        } else {
+            tab->load(address->url);
+            tab->httpFallback_ = std::move(address->httpFallback);
+        }
         return;
     }
     if (std::optional<Url> search = queryURL(searchEngine.get(), typed)) {

@@ -8,26 +8,26 @@
 
 namespace ovel {
 
+// The session keeps the selection too: a crash right after a switch comes back to that tab.
 void BrowserState::selectTab(int index) {
     auto group = operation();
-    if (index >= 0 && index < static_cast<int>(tabs->size())) {
+    if (index >= 0 && index < static_cast<int>(tabs->size()) && index != selectedIndex.get()) {
         selectedIndex.set(index);
+        persistSession();
     }
 }
 
 void BrowserState::selectNextTab() {
-    auto group = operation();
     const int count = static_cast<int>(tabs->size());
     if (count > 0) {
-        selectedIndex.set((selectedIndex.get() + 1) % count);
+        selectTab((selectedIndex.get() + 1) % count);
     }
 }
 
 void BrowserState::selectPreviousTab() {
-    auto group = operation();
     const int count = static_cast<int>(tabs->size());
     if (count > 0) {
-        selectedIndex.set((selectedIndex.get() + count - 1) % count);
+        selectTab((selectedIndex.get() + count - 1) % count);
     }
 }
 
@@ -77,7 +77,21 @@ void BrowserState::reopenLastClosedTab() {
     TabStore record = closedTabs_.front();
     closedTabs_.erase(closedTabs_.begin());
     persistClosedTabs();
-    addTabAndSelect(makeTab(record));
+    // Back where it stood, within its section.
+    const int count = static_cast<int>(tabs->size());
+    int index = std::clamp(record.index.value_or(count), 0, count);
+    index = record.isPinned ? std::min(index, pinnedCount()) : std::max(index, pinnedCount());
+    auto tab = makeTab(record);
+    const Uuid id = tab->id();
+    tabs.insert(index, std::move(tab));
+    setSelectionToTab(id);
+    persistSession();
+}
+
+TabStore BrowserState::closedRecordOf(int index) const {
+    TabStore record = tabs.get()[static_cast<std::size_t>(index)]->storedRecord();
+    record.index = index;
+    return record;
 }
 
 void BrowserState::closeTab(int index) {
@@ -86,7 +100,7 @@ void BrowserState::closeTab(int index) {
     if (count <= 1 || index < 0 || index >= count) {
         return;
     }
-    pushClosedTab(tabs.get()[static_cast<std::size_t>(index)]->storedRecord());
+    pushClosedTab(closedRecordOf(index));
     persistClosedTabs();
 
     int selection = selectedIndex.get();
@@ -107,7 +121,9 @@ void BrowserState::duplicateSelectedTab() {
         return;
     }
     // Only the address is copied: no history, no scroll position.
-    addTabAndSelect(makeTab(source->storedRecord()));
+    TabStore record = source->storedRecord();
+    record.sessionState.reset();
+    addTabAndSelect(makeTab(record));
 }
 
 void BrowserState::closeOtherTabs(int keeping) {
@@ -118,7 +134,7 @@ void BrowserState::closeOtherTabs(int keeping) {
     }
     for (int i = 0; i < count; ++i) {
         if (i != keeping) {
-            pushClosedTab(tabs.get()[static_cast<std::size_t>(i)]->storedRecord());
+            pushClosedTab(closedRecordOf(i));
         }
     }
     // Removed from the right, so each step's index holds when views replay them in order.
@@ -150,7 +166,7 @@ void BrowserState::closeDuplicateTabs() {
     }
     const auto selected = selectedTab();
     for (int index : duplicates) {
-        pushClosedTab(tabs.get()[static_cast<std::size_t>(index)]->storedRecord());
+        pushClosedTab(closedRecordOf(index));
     }
     for (auto it = duplicates.rbegin(); it != duplicates.rend(); ++it) {
         tabs.remove(*it);
@@ -257,9 +273,20 @@ void BrowserState::reorderTab(const Uuid& draggedID, const Uuid& targetID, bool 
 }
 
 void BrowserState::goBack() {
-    if (const auto tab = selectedTab()) {
-        tab->mutableWebView().goBack();
+    auto group = operation();
+    const auto tab = selectedTab();
+    if (!tab) {
+        return;
     }
+    // From a failed load, Back returns to the page the web view still holds, unless that is
+    // what is left of the failed page itself.
+    if (tab->showsPageBehindFailure()) {
+        tab->dismissFailure();
+        addressText.set(tab->url().value_or(std::string()));
+        persistSession();
+        return;
+    }
+    tab->mutableWebView().goBack();
 }
 
 void BrowserState::goForward() {
@@ -270,9 +297,18 @@ void BrowserState::goForward() {
 
 void BrowserState::reload() {
     auto group = operation();
-    if (const auto tab = selectedTab()) {
-        tab->reload();
+    const auto tab = selectedTab();
+    if (!tab) {
+        return;
     }
+    // A failed load is tried again; the web view still holds the page before it.
+    if (const auto& failure = tab->loadFailure.get()) {
+        if (const auto url = Url::fromEngine(failure->url)) {
+            tab->load(*url);
+            return;
+        }
+    }
+    tab->reload();
 }
 
 } // namespace ovel

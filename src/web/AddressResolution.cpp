@@ -1,5 +1,8 @@
 #include "web/AddressResolution.h"
 
+#include <glib.h>
+
+#include <algorithm>
 #include <array>
 
 namespace ovel {
@@ -58,6 +61,23 @@ bool isQueryAllowed(unsigned char c) {
     return punctuation.find(static_cast<char>(c)) != std::string_view::npos;
 }
 
+bool isPort(std::string_view text) {
+    return text.size() >= 2 && text.size() <= 6 && text[0] == ':' &&
+           std::all_of(text.begin() + 1, text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// One label of a host name: what a machine on the local network is called.
+bool isHostLabel(std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '-' || c == '_';
+    });
+}
+
+bool isIPAddress(const std::string& host) {
+    return g_hostname_is_ip_address(host.c_str());
+}
+
 } // namespace
 
 std::optional<InternalRoute> internalRouteFor(std::string_view text) {
@@ -70,18 +90,58 @@ std::optional<InternalRoute> internalRouteFor(std::string_view text) {
     return std::nullopt;
 }
 
-std::optional<Url> webURLForTypedText(std::string_view text) {
-    const std::string typed = trimmed(text);
+std::optional<TypedAddress> typedAddressFor(std::string_view text) {
+    std::string typed = trimmed(text);
     if (typed.starts_with("http://") || typed.starts_with("https://")) {
-        return Url::parse(typed);
+        auto url = Url::parse(typed);
+        return url ? std::optional<TypedAddress>(TypedAddress{*url, std::nullopt}) : std::nullopt;
     }
-    if (typed.find('.') == std::string::npos && typed != "localhost") {
+    if (typed.empty() || typed.find(' ') != std::string::npos) {
         return std::nullopt;
     }
-    if (typed.find(' ') != std::string::npos) {
+    const std::size_t end = std::min(typed.find_first_of("/?#"), typed.size());
+    const std::string authority = typed.substr(0, end);
+    std::string host = authority;
+    bool hasPort = false;
+    if (isIPAddress(authority) && authority.find(':') != std::string::npos) {
+        // An IPv6 literal without its brackets.
+        typed = "[" + authority + "]" + typed.substr(end);
+    } else if (authority.starts_with('[')) {
+        const std::size_t close = authority.find(']');
+        host = authority.substr(1, close == std::string::npos ? 0 : close - 1);
+        hasPort = close != std::string::npos && isPort(authority.substr(close + 1));
+    } else if (const std::size_t colon = authority.rfind(':');
+               colon != std::string::npos && isPort(authority.substr(colon))) {
+        host = authority.substr(0, colon);
+        hasPort = true;
+    }
+    const bool ownMachine = toLowerAscii(host) == "localhost" || isIPAddress(host) ||
+                            (isHostLabel(host) && (hasPort || end < typed.size()));
+    if (ownMachine) {
+        auto url = Url::parse("http://" + typed);
+        return url ? std::optional<TypedAddress>(TypedAddress{*url, std::nullopt}) : std::nullopt;
+    }
+    if (typed.find('.') == std::string::npos) {
         return std::nullopt;
     }
-    return Url::parse("https://" + typed);
+    auto url = Url::parse("https://" + typed);
+    if (!url) {
+        return std::nullopt;
+    }
+    return TypedAddress{*url, Url::parse("http://" + typed)};
+}
+
+std::optional<Url> webURLForTypedText(std::string_view text) {
+    auto address = typedAddressFor(text);
+    return address ? std::optional<Url>(address->url) : std::nullopt;
+}
+
+std::string hostAndPort(const Url& url) {
+    std::string key = url.host().value_or(std::string());
+    if (const auto port = url.port()) {
+        key += ":" + std::to_string(*port);
+    }
+    return key;
 }
 
 std::string percentEncodedQuery(std::string_view query) {

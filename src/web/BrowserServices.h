@@ -4,7 +4,6 @@ namespace ovel {
 
 class Clock;
 class Desktop;
-class FaviconFetcher;
 class MainQueue;
 class SettingsStore;
 class UuidSource;
@@ -18,7 +17,6 @@ struct BrowserServices {
     MainQueue& mainQueue;
     Clock& clock;
     UuidSource& uuids;
-    FaviconFetcher& favicons;
     Desktop& desktop;
 };
 

@@ -37,21 +37,54 @@ void BrowserTab::noteChanged(TabFields fields) {
     }
 }
 
+std::optional<std::string> BrowserTab::url() const {
+    if (const auto& failure = loadFailure.get()) {
+        return failure->url;
+    }
+    return webView_->url();
+}
+
 std::optional<Url> BrowserTab::webViewUrl() const {
-    const auto url = webView_->url();
-    return url ? Url::fromEngine(*url) : std::nullopt;
+    const auto address = url();
+    return address ? Url::fromEngine(*address) : std::nullopt;
 }
 
 void BrowserTab::load(const Url& url) {
+    load(url, std::nullopt);
+}
+
+void BrowserTab::load(const Url& url, const std::optional<std::string>& sessionState) {
     displayAddress.set(std::nullopt);
     clearPageTrouble();
-    webView_->load(LoadRequest{url.absoluteString()});
+    httpFallback_.reset();
+    const LoadRequest request{url.absoluteString()};
+    if (sessionState && webView_->restoreSessionState(*sessionState, request)) {
+        sessionState_ = sessionState;
+        return;
+    }
+    webView_->load(request);
 }
 
 void BrowserTab::loadStartPage(BrowserTheme theme) {
     displayAddress.set(std::nullopt);
     clearPageTrouble();
+    httpFallback_.reset();
     webView_->loadHTMLString(startPageHTML(theme));
+}
+
+void BrowserTab::dismissFailure() {
+    clearFailure();
+    title.set(webView_->title().value_or(std::string(untitledTitle)));
+}
+
+bool BrowserTab::showsPageBehindFailure() const {
+    const auto& failure = loadFailure.get();
+    const auto shown = webView_->url();
+    return failure && shown && *shown != failure->url;
+}
+
+void BrowserTab::captureSessionState() {
+    sessionState_ = webView_->sessionState();
 }
 
 void BrowserTab::reload() {
@@ -62,9 +95,20 @@ void BrowserTab::reload() {
 void BrowserTab::clearPageTrouble() {
     hasCrashed.set(false);
     isUnresponsive.set(false);
+    clearFailure();
+}
+
+void BrowserTab::clearFailure() {
+    if (loadFailure.get()) {
+        loadFailure.set(std::nullopt);
+        noteChanged(TabField::Url);
+        canGoBack.set(webView_->canGoBack());
+        canGoForward.set(webView_->canGoForward());
+    }
 }
 
 void BrowserTab::showInternalPage(std::string_view address, std::string_view pageTitle) {
+    clearFailure();
     displayAddress.set(std::string(address));
     title.set(std::string(pageTitle));
 }
@@ -76,11 +120,22 @@ void BrowserTab::didStartProvisionalNavigation() {
     NoticeQueue::Group group(*notices_);
     // A new page is on its way, in a new process if the last one died.
     hasCrashed.set(false);
+    clearFailure();
     isLoading.set(true);
 }
 
 void BrowserTab::urlDidChange() {
+    NoticeQueue::Group group(*notices_);
     noteChanged(TabField::Url);
+    // Outside a load the page moved within itself (a fragment, history.pushState), or a stopped
+    // load left the page as it was: the new address is the page's, and is kept.
+    if (isLoading.get() || loadFailure.get()) {
+        return;
+    }
+    captureSessionState();
+    if (const auto host = host_.lock()) {
+        host->tabDidNavigateInPage(*this);
+    }
 }
 
 void BrowserTab::didFinishNavigation() {
@@ -89,15 +144,36 @@ void BrowserTab::didFinishNavigation() {
     canGoBack.set(webView_->canGoBack());
     canGoForward.set(webView_->canGoForward());
     isLoading.set(false);
+    captureSessionState();
     if (const auto host = host_.lock()) {
         host->tabDidFinishPage(*this);
     }
-    fetchFavicon();
 }
 
-void BrowserTab::didFailNavigation() {
+void BrowserTab::didFailNavigation(const std::optional<LoadFailure>& failure) {
     NoticeQueue::Group group(*notices_);
     isLoading.set(false);
+    if (!failure) {
+        return;
+    }
+    // The tab goes on naming the address that failed; the page behind it, if any, is one Back
+    // away.
+    loadFailure.set(failure);
+    noteChanged(TabField::Url);
+    const std::optional<Url> failed = Url::fromEngine(failure->url);
+    const std::optional<std::string> failedHost = failed ? failed->host() : std::nullopt;
+    title.set(failedHost && !failedHost->empty() ? *failedHost : failure->url);
+    canGoBack.set(webView_->canGoBack() || showsPageBehindFailure());
+    canGoForward.set(webView_->canGoForward());
+    captureSessionState();
+    if (const auto host = host_.lock()) {
+        host->tabDidFailLoad(*this);
+    }
+}
+
+void BrowserTab::faviconDidChange() {
+    NoticeQueue::Group group(*notices_);
+    favicon.set(webView_->favicon());
 }
 
 void BrowserTab::estimatedProgressDidChange() {
@@ -138,7 +214,13 @@ void BrowserTab::navigationDidBecomeDownload(std::shared_ptr<Download> download)
     std::erase_if(transfers_, [](const Transfer& transfer) { return transfer.download.expired(); });
     transfers_.push_back(Transfer{download.get(), download, std::nullopt, {}, std::nullopt, false});
     download->setDelegate(weak_from_this());
-    postToSelf([](BrowserTab& tab) { tab.lastDownloadMessage.set("Starting download..."); });
+    postToSelf([](BrowserTab& tab) {
+        tab.lastDownloadMessage.set("Starting download...");
+        // What was typed became a file, and the page stays: so does its address.
+        if (const auto host = tab.host_.lock()) {
+            host->tabLoadBecameDownload(tab);
+        }
+    });
 }
 
 PermissionDecision BrowserTab::decideMediaCapturePermission(std::string_view host,
@@ -285,33 +367,6 @@ void BrowserTab::reportDownload(const DownloadEvent& event) {
     if (const auto host = host_.lock()) {
         host->tabDidReportDownload(event);
     }
-}
-
-void BrowserTab::fetchFavicon() {
-    const std::optional<Url> pageUrl = webViewUrl();
-    const std::optional<std::string> host = pageUrl ? pageUrl->host() : std::nullopt;
-    if (!host) {
-        return;
-    }
-    // Always https on the default port, whatever the page used.
-    const std::optional<Url> iconUrl = Url::parse("https://" + *host + "/favicon.ico");
-    if (!iconUrl) {
-        return;
-    }
-    std::weak_ptr<BrowserTab> weakTab = weak_from_this();
-    MainQueue& mainQueue = services_.mainQueue;
-    services_.favicons.fetch(iconUrl->absoluteString(),
-                             [weakTab, &mainQueue](std::optional<FaviconImage> image) {
-                                 if (!image) {
-                                     return; // the previous icon stays
-                                 }
-                                 mainQueue.post([weakTab, image = std::move(*image)]() mutable {
-                                     if (auto tab = weakTab.lock()) {
-                                         NoticeQueue::Group group(*tab->notices_);
-                                         tab->favicon.set(std::move(image));
-                                     }
-                                 });
-                             });
 }
 
 void BrowserTab::postToSelf(std::function<void(BrowserTab&)> task) {

@@ -3,7 +3,6 @@
 #include "records/Records.h"
 #include "web/BrowserServices.h"
 #include "web/Download.h"
-#include "web/FaviconFetcher.h"
 #include "web/Notices.h"
 #include "web/Published.h"
 #include "web/TabHost.h"
@@ -31,6 +30,8 @@ enum class TabField : unsigned {
     DownloadMessage = 1u << 8,
     // The page's process crashed or stopped answering.
     Crashed = 1u << 9,
+    // The last load failed, or the failure it left is gone.
+    Failure = 1u << 10,
 };
 
 class TabFields {
@@ -76,11 +77,13 @@ public:
     const Uuid& id() const { return id_; }
     const WebView& webView() const { return *webView_; }
     // The address of the page in the web view, as the engine reports it; none for the start page.
-    std::optional<std::string> url() const { return webView_->url(); }
+    // After a failed load, the address that failed: the person's place is kept.
+    std::optional<std::string> url() const;
     // The same address, parsed (kept byte for byte as reported).
     std::optional<Url> webViewUrl() const;
-    // The tab as a session, the closed-tab list or a workspace keeps it.
-    TabStore storedRecord() const { return TabStore{url(), isPinned.get()}; }
+    // The tab as a session, the closed-tab list or a workspace keeps it: with its back/forward
+    // list as captured when its page last finished or moved.
+    TabStore storedRecord() const { return TabStore{url(), isPinned.get(), sessionState_}; }
 
     // Which fields changed, once per operation.
     sigc::signal<void(TabFields)> changed;
@@ -103,6 +106,9 @@ public:
     Published<bool, BrowserTab> hasCrashed{*notices_, noteOf(TabField::Crashed), false};
     // The page's process has stopped answering; it may still come back by itself.
     Published<bool, BrowserTab> isUnresponsive{*notices_, noteOf(TabField::Crashed), false};
+    // Why the last load failed, until the next one starts.
+    Published<std::optional<LoadFailure>, BrowserTab> loadFailure{*notices_,
+                                                                  noteOf(TabField::Failure)};
     // The tab this one was opened from by a link or a page's script, while the strip keeps the
     // tabs opened from one page together; none for a tab the user opened.
     const std::optional<Uuid>& openerID() const { return openerID_; }
@@ -124,6 +130,13 @@ private:
     void setOpener(std::optional<Uuid> id) { openerID_ = std::move(id); }
     // Leaves any internal page and loads `url` with the 60-second time-out.
     void load(const Url& url);
+    // Loads `url` with the back/forward list `sessionState` held before it, when the engine can
+    // read it; else as load() does.
+    void load(const Url& url, const std::optional<std::string>& sessionState);
+    // Leaves a failed load for the page the web view still shows.
+    void dismissFailure();
+    // A load failed before its page replaced the one the web view shows.
+    bool showsPageBehindFailure() const;
     void loadStartPage(BrowserTheme theme);
     void setPinned(bool pinned) { isPinned.set(pinned); }
     // Shows the internal page at `address` in place of the web view.
@@ -135,7 +148,8 @@ private:
     // WebViewDelegate
     void didStartProvisionalNavigation() override;
     void didFinishNavigation() override;
-    void didFailNavigation() override;
+    void didFailNavigation(const std::optional<LoadFailure>& failure) override;
+    void faviconDidChange() override;
     void estimatedProgressDidChange() override;
     void urlDidChange() override;
     NavigationActionPolicy decidePolicy(const NavigationAction& action) override;
@@ -149,8 +163,9 @@ private:
     void openLinkInNewTab(std::string_view url) override;
     void webProcessDidTerminate() override;
     void webProcessResponsivenessDidChange(bool responsive) override;
-    // The page is back, or on its way back: a crash or a hang no longer stands.
+    // The page is back, or on its way back: a crash, a hang or a failed load no longer stands.
     void clearPageTrouble();
+    void clearFailure();
     void pageDidShowNotification(const PageNotification& notification) override;
     void pageDidCloseNotification(std::uint64_t id) override;
     void pageDidChangeFullscreen(bool fullscreen) override;
@@ -181,7 +196,8 @@ private:
     void endTransfer(Download& download, DownloadStatus status, std::string message);
     void reportDownload(const DownloadEvent& event);
 
-    void fetchFavicon();
+    // Keeps the web view's back/forward list for the next save.
+    void captureSessionState();
     // Runs `task` on the main queue later, only if this tab still exists then.
     void postToSelf(std::function<void(BrowserTab&)> task);
 
@@ -189,6 +205,9 @@ private:
     std::optional<Uuid> openerID_;
     std::weak_ptr<TabHost> host_;
     std::vector<Transfer> transfers_;
+    std::optional<std::string> sessionState_;
+    // A typed address tried over https first: where to go when that connection cannot be made.
+    std::optional<Url> httpFallback_;
     // Declared last so it goes first: the view never calls back into a half-destroyed tab.
     std::unique_ptr<WebView> webView_;
 };

@@ -19,6 +19,13 @@ public:
 
     // The tab's page finished loading: its address, title and history entry are final.
     virtual void tabDidFinishPage(BrowserTab& tab) = 0;
+    // The tab's load failed: it shows why, and keeps the address that failed.
+    virtual void tabDidFailLoad(BrowserTab& tab) = 0;
+    // The tab's page moved within itself (a fragment, history.pushState): a new address, no load.
+    virtual void tabDidNavigateInPage(BrowserTab& tab) = 0;
+    // What the tab was loading became a download: the page on show stays, and so does its
+    // address.
+    virtual void tabLoadBecameDownload(BrowserTab& tab) = 0;
     // One of the tab's downloads started or ended.
     virtual void tabDidReportDownload(const DownloadEvent& event) = 0;
     // The page went to an internal address (ovel:// or chrome://): true when the host shows it

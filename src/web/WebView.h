@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ovel {
 
@@ -35,6 +36,37 @@ struct NavigationResponse {
 };
 
 enum class NavigationResponsePolicy { Allow, Download };
+
+// Why a page could not be loaded, in the terms the person can act on.
+enum class LoadFailureKind {
+    ConnectionRefused,
+    HostNotFound,
+    TimedOut,
+    // The connection broke off, or closed before the page arrived.
+    ConnectionLost,
+    // The secure connection could not be set up (not a certificate the browser refused).
+    SecureConnectionFailed,
+    // A port the engine does not connect to (kept for other services).
+    PortBlocked,
+    Other,
+};
+
+struct LoadFailure {
+    LoadFailureKind kind = LoadFailureKind::Other;
+    // The address that failed, as it was asked for.
+    std::string url;
+    // The engine's own words, for a failure of no known kind.
+    std::string description;
+    bool operator==(const LoadFailure&) const = default;
+};
+
+// A decoded site icon: straight (non-premultiplied) RGBA, row by row.
+struct FaviconImage {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> rgba;
+    bool operator==(const FaviconImage&) const = default;
+};
 
 enum class MediaCaptureType { Camera, Microphone, CameraAndMicrophone, Other };
 
@@ -79,7 +111,9 @@ public:
 
     virtual void didStartProvisionalNavigation() = 0;
     virtual void didFinishNavigation() = 0;
-    virtual void didFailNavigation() = 0;
+    // The load ended without its page: `failure` says why, or is none when there is nothing to
+    // show (the user stopped it, it became a download, the page's process went away).
+    virtual void didFailNavigation(const std::optional<LoadFailure>& failure) = 0;
     virtual void estimatedProgressDidChange() = 0;
     // The address of the page shown changed: a navigation committed, or the page moved within
     // itself (a fragment, history.pushState).
@@ -87,6 +121,8 @@ public:
 
     virtual NavigationActionPolicy decidePolicy(const NavigationAction& action) = 0;
     virtual NavigationResponsePolicy decidePolicy(const NavigationResponse& response) = 0;
+    // The engine has another icon for the page shown, or none.
+    virtual void faviconDidChange() = 0;
     // A navigation action or response became a download.
     virtual void navigationDidBecomeDownload(std::shared_ptr<Download> download) = 0;
 
@@ -130,6 +166,14 @@ public:
     virtual bool canGoBack() const = 0;
     virtual bool canGoForward() const = 0;
     virtual double estimatedProgress() const = 0;
+    virtual std::optional<FaviconImage> favicon() const = 0;
+
+    // The back/forward list as the engine keeps it, serialised; none when it has nothing to keep.
+    virtual std::optional<std::string> sessionState() const = 0;
+    // Takes back the list `state` holds and loads `request` as its current page: the list's own
+    // current entry when that is the address asked for, else a new entry after it. False when
+    // `state` cannot be read: nothing is restored and nothing is loaded.
+    virtual bool restoreSessionState(std::string_view state, const LoadRequest& request) = 0;
 
     virtual double pageZoom() const = 0;
     virtual void setPageZoom(double zoom) = 0;

@@ -32,12 +32,12 @@ void LoadEventSequencer::loadFinished(Title title) {
     titleWait_.start();
 }
 
-void LoadEventSequencer::loadFailed() {
+void LoadEventSequencer::loadFailed(const std::optional<LoadFailure>& failure) {
     if (phase_ != Phase::Loading) {
         return;
     }
     phase_ = Phase::Idle;
-    delegate_.didFailNavigation();
+    delegate_.didFailNavigation(failure);
 }
 
 void LoadEventSequencer::titleChanged(bool hasTitle) {
@@ -67,7 +67,7 @@ void LoadEventSequencer::processTerminated() {
     }
     phase_ = Phase::Idle;
     finishedUntitled_ = false;
-    delegate_.didFailNavigation();
+    delegate_.didFailNavigation(std::nullopt);
 }
 
 void LoadEventSequencer::finish(bool hasTitle) {

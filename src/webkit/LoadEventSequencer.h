@@ -1,6 +1,9 @@
 #pragma once
 
+#include "web/WebView.h"
+
 #include <functional>
+#include <optional>
 
 namespace ovel {
 
@@ -35,7 +38,9 @@ public:
 
     void loadStarted();
     void loadFinished(Title title);
-    void loadFailed();
+    // `failure` is what the person is shown; none for a load that ended without an error to
+    // show (stopped, become a download, or followed by a page of its own).
+    void loadFailed(const std::optional<LoadFailure>& failure);
     void titleChanged(bool hasTitle);
     void titleWaitExpired();
     // The web process crashed or was killed: whatever was under way has failed.

@@ -64,6 +64,10 @@ void freeOrigins(GList* list) {
 WebKitEngine::WebKitEngine(const Folders& folders)
     : session_(GObjectRef<WebKitNetworkSession>::adopt(
           webkit_network_session_new(folders.websiteData.c_str(), folders.websiteCache.c_str()))) {
+    // Tabs show the icons WebKit finds itself: <link rel="icon"> of any type, on any scheme and
+    // port, and /favicon.ico when a page names none.
+    webkit_website_data_manager_set_favicons_enabled(
+        webkit_network_session_get_website_data_manager(session_.get()), TRUE);
     if (!folders.contentFilters.empty()) {
         filterStore_ = GObjectRef<WebKitUserContentFilterStore>::adopt(
             webkit_user_content_filter_store_new(folders.contentFilters.c_str()));

@@ -8,15 +8,21 @@
 #include "webkit/WebKitContentRuleList.h"
 #include "webkit/WebKitDownloadAdapter.h"
 #include "webkit/WebKitEngine.h"
+#include "webkit/WebKitLoadFailures.h"
+#include "webkit/WebKitSessionState.h"
 
 #include <libsoup/soup.h>
 #include <webkit/webkit.h>
+
+#include <cstring>
 
 namespace ovel {
 
 namespace {
 
 constexpr double initialZoom = 1.1;
+// How much of a tab's back/forward list is kept across restarts.
+constexpr std::size_t keptHistoryEntries = 50;
 
 GQuark adapterQuark() {
     static const GQuark quark = g_quark_from_static_string("ovel-web-view-adapter");
@@ -158,6 +164,7 @@ WebKitWebViewAdapter::WebKitWebViewAdapter(WebKitEngine& engine, WebViewDelegate
     signals_.connect(view, "load-failed", G_CALLBACK(&onLoadFailed), this);
     signals_.connect(view, "notify::title", G_CALLBACK(&onTitleChanged), this);
     signals_.connect(view, "notify::uri", G_CALLBACK(&onUriChanged), this);
+    signals_.connect(view, "notify::favicon", G_CALLBACK(&onFaviconChanged), this);
     signals_.connect(view, "notify::estimated-load-progress", G_CALLBACK(&onProgressChanged), this);
     signals_.connect(view, "resource-load-started", G_CALLBACK(&onResourceLoadStarted), this);
     signals_.connect(view, "notify::is-loading", G_CALLBACK(&onLoadingChanged), this);
@@ -212,14 +219,58 @@ void WebKitWebViewAdapter::adoptDownload(WebKitDownload* download) {
 // Loading
 
 void WebKitWebViewAdapter::load(const LoadRequest& request) {
+    requestLoad(request,
+                [this, url = request.url] { webkit_web_view_load_uri(view_.get(), url.c_str()); });
+}
+
+void WebKitWebViewAdapter::requestLoad(const LoadRequest& request, std::function<void()> issue) {
     requestedUri_ = request.url;
     gate_.request(
-        [this, url = request.url] {
+        [this, url = request.url, issue = std::move(issue)] {
             showingTitlelessHTML_ = false;
             engine_.noteOrigin(url.c_str());
-            webkit_web_view_load_uri(view_.get(), url.c_str());
+            issue();
         },
         request.timeout);
+}
+
+std::optional<std::string> WebKitWebViewAdapter::sessionState() const {
+    WebKitWebViewSessionState* state = webkit_web_view_get_session_state(view_.get());
+    GBytes* bytes = webkit_web_view_session_state_serialize(state);
+    webkit_web_view_session_state_unref(state);
+    gsize size = 0;
+    const auto* data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
+    std::string serialised(data != nullptr ? data : "", size);
+    g_bytes_unref(bytes);
+    return boundedSessionState(std::move(serialised), keptHistoryEntries);
+}
+
+bool WebKitWebViewAdapter::restoreSessionState(std::string_view state, const LoadRequest& request) {
+    if (state.size() > TabStore::maxSessionStateBytes) {
+        return false;
+    }
+    GBytes* bytes = g_bytes_new(state.data(), state.size());
+    WebKitWebViewSessionState* restored = webkit_web_view_session_state_new(bytes);
+    g_bytes_unref(bytes);
+    if (restored == nullptr) {
+        return false;
+    }
+    webkit_web_view_restore_session_state(view_.get(), restored);
+    webkit_web_view_session_state_unref(restored);
+    // The list's current entry is loaded where it stands, so Back and Forward lead on from it;
+    // another address (one that failed, say) goes after it.
+    WebKitBackForwardListItem* current = webkit_back_forward_list_get_current_item(
+        webkit_web_view_get_back_forward_list(view_.get()));
+    const char* currentUri =
+        current != nullptr ? webkit_back_forward_list_item_get_uri(current) : nullptr;
+    if (currentUri == nullptr || request.url != currentUri) {
+        load(request);
+        return true;
+    }
+    requestLoad(request, [this, item = GObjectRef<WebKitBackForwardListItem>::retain(current)] {
+        webkit_web_view_go_to_back_forward_list_item(view_.get(), item.get());
+    });
+    return true;
 }
 
 void WebKitWebViewAdapter::loadHTMLString(std::string_view html) {
@@ -281,7 +332,7 @@ void WebKitWebViewAdapter::timedLoadExpired() {
     // A load stopped before WebKit started it (a web process slow to launch) is dropped
     // without a word, and the tab, which heard no start, hears nothing.
     if (expiry == LoadGate::Expiry::Failed) {
-        sequencer_.loadFailed();
+        sequencer_.loadFailed(LoadFailure{LoadFailureKind::TimedOut, startedUri_, {}});
     }
 }
 
@@ -307,7 +358,70 @@ std::optional<std::string> WebKitWebViewAdapter::title() const {
     if (auto title = nonEmpty(webkit_web_view_get_title(view_.get()))) {
         return title;
     }
-    return hasEmptyTitle_ ? std::optional<std::string>(std::string()) : std::nullopt;
+    if (hasEmptyTitle_) {
+        return std::string();
+    }
+    return fileTitle();
+}
+
+std::optional<std::string> WebKitWebViewAdapter::fileTitle() const {
+    WebKitWebResource* page = webkit_web_view_get_main_resource(view_.get());
+    WebKitURIResponse* response =
+        page != nullptr ? webkit_web_resource_get_response(page) : nullptr;
+    const char* type = response != nullptr ? webkit_uri_response_get_mime_type(response) : nullptr;
+    if (type == nullptr ||
+        !(g_str_has_prefix(type, "image/") || g_strcmp0(type, "application/pdf") == 0)) {
+        return std::nullopt;
+    }
+    if (auto suggested = nonEmpty(webkit_uri_response_get_suggested_filename(response))) {
+        return suggested;
+    }
+    const std::optional<Url> url = committedUri_ ? Url::fromEngine(*committedUri_) : std::nullopt;
+    if (!url) {
+        return std::nullopt;
+    }
+    GUri* parsed = g_uri_parse(url->absoluteString().c_str(), G_URI_FLAGS_NONE, nullptr);
+    if (parsed == nullptr) {
+        return std::nullopt;
+    }
+    char* name = g_path_get_basename(g_uri_get_path(parsed));
+    char* decoded = g_uri_unescape_string(name, nullptr);
+    std::optional<std::string> fileName =
+        decoded != nullptr && g_utf8_validate(decoded, -1, nullptr) ? nonEmpty(decoded)
+                                                                    : nonEmpty(name);
+    if (fileName == "/" || fileName == ".") {
+        fileName.reset();
+    }
+    g_free(decoded);
+    g_free(name);
+    g_uri_unref(parsed);
+    return fileName;
+}
+
+std::optional<FaviconImage> WebKitWebViewAdapter::favicon() const {
+    GdkTexture* texture = webkit_web_view_get_favicon(view_.get());
+    if (texture == nullptr) {
+        return std::nullopt;
+    }
+    FaviconImage image{gdk_texture_get_width(texture), gdk_texture_get_height(texture), {}};
+    const auto stride = static_cast<std::size_t>(image.width) * 4;
+    std::vector<guchar> premultiplied(stride * static_cast<std::size_t>(image.height));
+    gdk_texture_download(texture, premultiplied.data(), stride);
+    // Cairo's ARGB32: one native-endian word per pixel, colours premultiplied by alpha.
+    image.rgba.reserve(premultiplied.size());
+    for (std::size_t at = 0; at < premultiplied.size(); at += 4) {
+        guint32 pixel = 0;
+        std::memcpy(&pixel, &premultiplied[at], sizeof pixel);
+        const guint32 alpha = pixel >> 24;
+        auto straight = [alpha](guint32 channel) {
+            return static_cast<std::uint8_t>(alpha == 0 ? 0 : (channel * 255 + alpha / 2) / alpha);
+        };
+        image.rgba.push_back(straight((pixel >> 16) & 0xFF));
+        image.rgba.push_back(straight((pixel >> 8) & 0xFF));
+        image.rgba.push_back(straight(pixel & 0xFF));
+        image.rgba.push_back(static_cast<std::uint8_t>(alpha));
+    }
+    return image;
 }
 
 // There are no can-go-back properties to observe; the back-forward list is current by the time
@@ -376,6 +490,9 @@ void WebKitWebViewAdapter::addUserScript(const UserScript& script) {
 void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebViewAdapter* self) {
     switch (static_cast<WebKitLoadEvent>(event)) {
     case WEBKIT_LOAD_STARTED:
+        self->startedUri_ = webkit_web_view_get_uri(self->view_.get()) != nullptr
+                                ? webkit_web_view_get_uri(self->view_.get())
+                                : "";
         self->hasEmptyTitle_ = false;
         ++self->titleQuery_;
         self->gate_.loadStarted();
@@ -387,6 +504,14 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
         self->hasEmptyTitle_ = false;
         ++self->titleQuery_;
         self->noteCommittedUri();
+        // A port WebKit will not connect to (1, 9, 25, ...) fails no load: an empty about:blank
+        // commits in its place.
+        if (self->committedUri_ == "about:blank" &&
+            (g_str_has_prefix(self->startedUri_.c_str(), "http://") ||
+             g_str_has_prefix(self->startedUri_.c_str(), "https://"))) {
+            self->sequencer_.loadFailed(
+                LoadFailure{LoadFailureKind::PortBlocked, self->startedUri_, {}});
+        }
         break;
     case WEBKIT_LOAD_FINISHED:
         // Also sent after every load-failed; the sequencer ignores that one.
@@ -406,13 +531,12 @@ void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebVie
     }
 }
 
-int WebKitWebViewAdapter::onLoadFailed(WebKitWebView*, int, char*, GError*,
+int WebKitWebViewAdapter::onLoadFailed(WebKitWebView*, int, char* failingUri, GError* error,
                                        WebKitWebViewAdapter* self) {
-    // Every failure reads the same to the tab: it stops loading and keeps the page it had.
-    // A user's stop (WEBKIT_NETWORK_ERROR_CANCELLED) and a load that became a download
-    // (WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) are not errors to show
-    // either, and the tab shows none.
-    self->sequencer_.loadFailed();
+    // The tab shows why, naming the address that failed; a user's stop and a load that became
+    // a download are no failures to show.
+    self->sequencer_.loadFailed(
+        loadFailureFor(error, failingUri != nullptr ? failingUri : self->startedUri_));
     self->gate_.loadEnded();
     // Handled: WebKit would otherwise replace the page with its own error page.
     return TRUE;
@@ -424,6 +548,11 @@ void WebKitWebViewAdapter::onLoadingChanged(WebKitWebView* view, GParamSpec*,
     // stands in the way of the held one any more.
     if (!webkit_web_view_is_loading(view)) {
         self->gate_.loadingStopped();
+        // Back or Forward within one document (to or from a fragment) reads as loading while
+        // the URI changes, and sends no load events: its address is taken once it is over.
+        if (!self->sequencer_.isLoading()) {
+            self->noteCommittedUri();
+        }
     }
 }
 
@@ -440,6 +569,11 @@ void WebKitWebViewAdapter::onUriChanged(WebKitWebView* view, GParamSpec*,
     if (!webkit_web_view_is_loading(view)) {
         self->noteCommittedUri();
     }
+}
+
+void WebKitWebViewAdapter::onFaviconChanged(WebKitWebView*, GParamSpec*,
+                                            WebKitWebViewAdapter* self) {
+    self->delegate_.faviconDidChange();
 }
 
 void WebKitWebViewAdapter::noteCommittedUri() {
@@ -637,7 +771,7 @@ int WebKitWebViewAdapter::onLoadFailedWithTlsErrors(WebKitWebView*, char* failin
     // Nothing of the page arrived: the connection ended at the certificate, and there is no
     // way past it. The load fails for the tab, and the error page takes the failing address,
     // so the address field and back and forward stay with it.
-    self->sequencer_.loadFailed();
+    self->sequencer_.loadFailed(std::nullopt);
     const std::optional<Url> url = Url::fromEngine(failingUri != nullptr ? failingUri : "");
     std::string html =
         certificateErrorPageHTML(url ? url->host().value_or("") : std::string(),

@@ -9,6 +9,7 @@
 #include "webkit/WebKitPagePermissions.h"
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -70,6 +71,9 @@ public:
     bool canGoBack() const override;
     bool canGoForward() const override;
     double estimatedProgress() const override;
+    std::optional<FaviconImage> favicon() const override;
+    std::optional<std::string> sessionState() const override;
+    bool restoreSessionState(std::string_view state, const LoadRequest& request) override;
     double pageZoom() const override;
     void setPageZoom(double zoom) override;
     void find(std::string_view text) override;
@@ -86,6 +90,7 @@ private:
     static void onTitleChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onLoadingChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onUriChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
+    static void onFaviconChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onProgressChanged(WebKitWebView* view, GParamSpec*, WebKitWebViewAdapter* self);
     static void onResourceLoadStarted(WebKitWebView* view, WebKitWebResource* resource,
                                       WebKitURIRequest*, WebKitWebViewAdapter* self);
@@ -120,6 +125,10 @@ private:
     void timedLoadExpired();
     // Asks the page whether it has a title element, once WebKit reports no title.
     void askForTitleElement();
+    // A PDF or an image shown by itself is named by its file.
+    std::optional<std::string> fileTitle() const;
+    // Hands `issue` to the engine through the gate, as the load of `url`.
+    void requestLoad(const LoadRequest& request, std::function<void()> issue);
 
     GObjectRef<WebKitWebView> view_;
     WebViewDelegate& delegate_;
@@ -137,6 +146,8 @@ private:
     std::optional<std::string> committedUri_;
     // The address of the last load(), reported until anything commits.
     std::optional<std::string> requestedUri_;
+    // What the load under way was started for, before any commit.
+    std::string startedUri_;
     // The page shown has a title element whose text is empty.
     bool hasEmptyTitle_ = false;
     // Counts the pages: an answer about the title element of an earlier one is dropped.

@@ -9,7 +9,6 @@
 #include "support/LoopbackServer.h"
 #include "support/TestEnvironment.h"
 #include "web/BrowserTab.h"
-#include "webkit/SoupFaviconFetcher.h"
 #include "webkit/WebKitEngine.h"
 #include "webkit/WebKitWebViewAdapter.h"
 
@@ -25,15 +24,14 @@
 
 namespace ovel::test {
 
-// The browser's state and tabs on the real engine: WebKit, the GLib main queue, the libsoup
-// favicon fetcher and the real file system, with fresh folders (Downloads among them) and a
+// The browser's state and tabs on the real engine: WebKit, the GLib main queue and the real file
+// system, with fresh folders (Downloads among them) and a
 // loopback server per test. The window shows the selected tab. A derived fixture that wants the
 // browser to start from stored settings writes them into `settings` before calling SetUp().
 class BrowserOnWebKit : public ::testing::Test {
 protected:
     void SetUp() override {
         engine = freshEngine(environment);
-        favicons.setTestOrigin("http", server.port());
         desktop.downloads = environment.home() + "/Downloads";
         std::filesystem::create_directories(*desktop.downloads);
         window = gtk_window_new();
@@ -63,7 +61,7 @@ protected:
     // Starts the browser on the settings, its selected tab shown in the window.
     void start() {
         state = BrowserState::create(
-            BrowserServices{settings, *engine, mainQueue, clock, uuids, favicons, desktop});
+            BrowserServices{settings, *engine, mainQueue, clock, uuids, desktop});
         showSelectedTab();
         connections.add(
             state->selectionChanged.connect([this](const SelectionChange&) { showSelectedTab(); }));
@@ -148,7 +146,6 @@ protected:
     GlibMainQueue mainQueue;
     FakeClock clock;
     SequentialUuidSource uuids;
-    SoupFaviconFetcher favicons;
     FakeDesktop desktop;
     std::shared_ptr<BrowserState> state;
     GtkWidget* window = nullptr;

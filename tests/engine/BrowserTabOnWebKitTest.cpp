@@ -1,4 +1,5 @@
 #include "BrowserOnWebKitFixture.h"
+#include "webkit/WebKitSessionState.h"
 
 namespace ovel::test {
 namespace {
@@ -80,29 +81,32 @@ TEST_F(BrowserTabOnWebKit, TitlesAreWhatThePageSays) {
     EXPECT_EQ(state->historyEntries->size(), std::size(cases));
 }
 
-TEST_F(BrowserTabOnWebKit, FailedLoadsOnlyStopTheLoading) {
+// A failed load says why and keeps its address; a stop says nothing. Nothing of it is history.
+TEST_F(BrowserTabOnWebKit, FailedLoadsSayWhyAndKeepTheirAddress) {
     server.serveHtml("/a", titled("Page A"));
     server.serveNothing("/never");
     server.serveBrokenBody("/broken", "text/html", "<html><body>" + std::string(3000, 'x'), 100000);
     ASSERT_TRUE(openAndWait(server.url("/a")));
 
+    const std::string refused =
+        "http://127.0.0.1:" + std::to_string(LoopbackServer::closedPort()) + "/";
     const struct {
         const char* what;
         LoadRequest request;
         bool stopByUser;
-        // What the tab shows afterwards: the page it had, unless the failed one committed.
-        std::string shown;
+        std::optional<LoadFailureKind> failure;
     } cases[] = {
-        {"refused",
-         {"http://127.0.0.1:" + std::to_string(LoopbackServer::closedPort()) + "/"},
+        {"refused", {refused}, false, LoadFailureKind::ConnectionRefused},
+        {"a port kept for other services",
+         {"http://127.0.0.1:9/x"},
          false,
-         server.url("/a")},
+         LoadFailureKind::PortBlocked},
         {"never answered, the time-out made short",
          {server.url("/never"), 400ms},
          false,
-         server.url("/a")},
-        {"stopped by the user", {server.url("/never")}, true, server.url("/a")},
-        {"cut off in the middle", {server.url("/broken")}, false, server.url("/broken")},
+         LoadFailureKind::TimedOut},
+        {"stopped by the user", {server.url("/never")}, true, std::nullopt},
+        {"cut off in the middle", {server.url("/broken")}, false, LoadFailureKind::ConnectionLost},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -111,15 +115,55 @@ TEST_F(BrowserTabOnWebKit, FailedLoadsOnlyStopTheLoading) {
             ASSERT_TRUE(waitUntil([&] { return tab().isLoading.get(); }));
             webViewOf(tab()).stopLoading();
         }
-        ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-        EXPECT_EQ(takeLog(), "loading | loaded");
-        EXPECT_EQ(tab().title.get(), "Page A");
-        EXPECT_EQ(tab().url(), c.shown);
+        ASSERT_TRUE(waitUntil([&] { return isIdle(tab()); })) << takeLog();
+        takeLog();
+        if (!c.failure) {
+            EXPECT_FALSE(tab().loadFailure->has_value());
+            EXPECT_EQ(tab().url(), server.url("/a"));
+            continue;
+        }
+        ASSERT_TRUE(tab().loadFailure->has_value());
+        EXPECT_EQ(tab().loadFailure.get()->kind, *c.failure);
+        EXPECT_EQ(tab().url(), c.request.url);
+        EXPECT_EQ(tab().title.get(), "127.0.0.1");
+        state->goBack();
+        ASSERT_TRUE(waitUntil([&] { return isIdle(tab()) && tab().url() == server.url("/a"); }))
+            << "Back leads to the page before";
+        takeLog();
     }
     // Nothing more arrives for any of them, a late title included.
     runMainLoopFor(WebKitWebViewAdapter::titleWait + 500ms);
     EXPECT_EQ(takeLog(), "");
     EXPECT_EQ(history(), "Page A " + server.url("/a"));
+}
+
+// The back/forward list goes with a closed tab and comes back with it, kept to its last entries.
+TEST_F(BrowserTabOnWebKit, BackAndForwardComeBackWithTheTab) {
+    for (const char* page : {"/a", "/b", "/c"}) {
+        server.serveHtml(page, titled(std::string("Page ") + page));
+        ASSERT_TRUE(openAndWait(server.url(page)));
+    }
+    const std::optional<std::string> recorded = tab().storedRecord().sessionState;
+    ASSERT_TRUE(recorded);
+    state->newTab();
+    state->closeTab(0);
+    state->reopenLastClosedTab();
+    ASSERT_TRUE(waitUntilShowing(tab(), server.url("/c")));
+    EXPECT_TRUE(tab().canGoBack.get());
+    state->goBack();
+    ASSERT_TRUE(waitUntil([&] { return isIdle(tab()) && tab().url() == server.url("/b"); }));
+    EXPECT_TRUE(tab().canGoForward.get());
+
+    const std::optional<std::string> lastTwo = boundedSessionState(*recorded, 2);
+    ASSERT_TRUE(lastTwo);
+    EXPECT_LT(lastTwo->size(), recorded->size());
+    state->newTab();
+    ASSERT_TRUE(webViewOf(tab()).restoreSessionState(*lastTwo, {server.url("/c")}));
+    ASSERT_TRUE(waitUntilShowing(tab(), server.url("/c")));
+    state->goBack();
+    ASSERT_TRUE(waitUntil([&] { return isIdle(tab()) && tab().url() == server.url("/b"); }));
+    EXPECT_FALSE(tab().canGoBack.get()) << "the first page was left out";
+    EXPECT_FALSE(webViewOf(tab()).restoreSessionState("not a state", {server.url("/a")}));
 }
 
 // The sixty-second time-out, made short, starts over at everything WebKit reports arriving: a

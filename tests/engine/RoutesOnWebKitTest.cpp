@@ -11,19 +11,21 @@ TEST_F(RoutesOnWebKit, PageLinksToInternalAddresses) {
                                             "<a id=history href='chrome://history'>History</a>"));
     ASSERT_TRUE(openAndWait(server.url("/a")));
 
-    // An ovel:// address that names no page is left to WebKit, which cannot load it.
+    // An ovel:// address that names no page is left to WebKit, which cannot load it: the tab
+    // says so, with the page behind it.
     runScript(webKitView(tab()), "location.href = 'ovel://nowhere';");
     ASSERT_TRUE(waitUntilLoaded()) << takeLog();
-    EXPECT_EQ(takeLog(), "loading | loaded");
-    EXPECT_EQ(tab().title.get(), "Page A");
+    EXPECT_EQ(takeLog(), "loading | title nowhere | can go back | loaded");
+    ASSERT_TRUE(tab().loadFailure->has_value());
+    EXPECT_EQ(tab().loadFailure.get()->kind, LoadFailureKind::Other);
     EXPECT_EQ(tab().displayAddress.get(), std::nullopt);
-    EXPECT_EQ(state->addressText.get(), server.url("/a"));
+    EXPECT_EQ(state->addressText.get(), "ovel://nowhere");
 
     // The settings page opens in the tab, and the page behind it stays without a load.
     runScript(webKitView(tab()), "document.getElementById('settings').click();");
     ASSERT_TRUE(waitUntil([&] { return tab().displayAddress.get() == "ovel://settings"; }));
     runMainLoopFor(300ms);
-    EXPECT_EQ(takeLog(), "title Settings");
+    EXPECT_EQ(takeLog(), "title Settings | cannot go back");
     EXPECT_EQ(state->addressText.get(), "ovel://settings");
     EXPECT_EQ(tab().webViewUrl()->absoluteString(), server.url("/a"));
     EXPECT_EQ(history(), "Page A " + server.url("/a"));

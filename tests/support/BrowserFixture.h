@@ -1,7 +1,6 @@
 #pragma once
 
 #include "state/BrowserState.h"
-#include "support/FakeFaviconFetcher.h"
 #include "support/Fakes.h"
 #include "web/BrowserTab.h"
 
@@ -15,7 +14,7 @@ namespace ovel::test {
 // Every platform service, faked, for tests of the core.
 struct FakeServices {
     BrowserServices services() {
-        return BrowserServices{store, engine, mainQueue, clock, uuids, favicons, desktop};
+        return BrowserServices{store, engine, mainQueue, clock, uuids, desktop};
     }
     // The fake behind a tab: tests drive the engine's side of it.
     static FakeWebView& viewOf(const BrowserTab& tab) {
@@ -27,7 +26,6 @@ struct FakeServices {
     ManualMainQueue mainQueue;
     FakeClock clock;
     SequentialUuidSource uuids;
-    FakeFaviconFetcher favicons;
     FakeDesktop desktop;
 };
 

@@ -107,6 +107,31 @@ void FakeWebView::simulateNavigation(const std::string& url, std::optional<std::
     delegate_.didFinishNavigation();
 }
 
+bool FakeWebView::restoreSessionState(std::string_view state, const LoadRequest& request) {
+    if (state == "unreadable") {
+        return false;
+    }
+    restoredStates.emplace_back(state);
+    engineState = std::string(state);
+    load(request);
+    return true;
+}
+
+void FakeWebView::simulateFailure(std::optional<LoadFailure> failure) {
+    delegate_.didStartProvisionalNavigation();
+    delegate_.didFailNavigation(failure);
+}
+
+void FakeWebView::simulateInPageNavigation(const std::string& url) {
+    currentUrl = url;
+    delegate_.urlDidChange();
+}
+
+void FakeWebView::simulateFavicon(std::optional<FaviconImage> image) {
+    icon = std::move(image);
+    delegate_.faviconDidChange();
+}
+
 void FakeWebView::simulateProgress(double value) {
     progress = value;
     delegate_.estimatedProgressDidChange();

@@ -122,6 +122,10 @@ public:
     bool canGoBack() const override { return backAvailable; }
     bool canGoForward() const override { return forwardAvailable; }
     double estimatedProgress() const override { return progress; }
+    std::optional<FaviconImage> favicon() const override { return icon; }
+    std::optional<std::string> sessionState() const override { return engineState; }
+    // A state reading "unreadable" is one the engine cannot read.
+    bool restoreSessionState(std::string_view state, const LoadRequest& request) override;
     double pageZoom() const override { return zoom; }
     void setPageZoom(double value) override { zoom = value; }
     void find(std::string_view text) override { findRequests.emplace_back(text); }
@@ -136,6 +140,11 @@ public:
 
     // A whole successful navigation to `url`: policy, provisional start, commit, finish.
     void simulateNavigation(const std::string& url, std::optional<std::string> pageTitle);
+    // A load that starts and fails: with `failure` shown, or ended without a word.
+    void simulateFailure(std::optional<LoadFailure> failure = std::nullopt);
+    // The page moves within itself: a fragment, history.pushState.
+    void simulateInPageNavigation(const std::string& url);
+    void simulateFavicon(std::optional<FaviconImage> image);
     void simulateProgress(double value);
     // The page's navigation became a download, whose response asks at once where to save it.
     // The engine keeps a transfer alive while it runs: here, whoever holds the result.
@@ -145,6 +154,7 @@ public:
 
     std::vector<LoadRequest> loadRequests;
     std::vector<std::string> htmlLoads;
+    std::vector<std::string> restoredStates;
     std::vector<std::string> findRequests;
     std::vector<std::string> attachedRuleLists;
     std::vector<std::string> userScripts;
@@ -160,6 +170,8 @@ public:
     bool forwardAvailable = false;
     double progress = 0;
     double zoom = 1.1;
+    std::optional<FaviconImage> icon;
+    std::optional<std::string> engineState;
 
 private:
     WebViewDelegate& delegate_;

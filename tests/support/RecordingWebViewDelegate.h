@@ -21,6 +21,7 @@ public:
     WebView* view = nullptr;
 
     std::vector<std::string> events;
+    std::vector<std::optional<LoadFailure>> failures;
     std::vector<std::pair<std::string, MediaCaptureType>> mediaRequests;
     std::vector<std::pair<std::string, SitePermissionKind>> siteRequests;
     // Pages asked for as new windows, and links asked for in new tabs, by address.
@@ -38,7 +39,11 @@ public:
 
     void didStartProvisionalNavigation() override { events.push_back("start"); }
     void didFinishNavigation() override;
-    void didFailNavigation() override { events.push_back("fail"); }
+    void didFailNavigation(const std::optional<LoadFailure>& failure) override {
+        events.push_back("fail");
+        failures.push_back(failure);
+    }
+    void faviconDidChange() override {}
     void estimatedProgressDidChange() override {}
     void urlDidChange() override {}
     NavigationActionPolicy decidePolicy(const NavigationAction& action) override {

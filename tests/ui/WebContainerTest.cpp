@@ -50,7 +50,7 @@ TEST_F(WebContainerTest, ShowsTheSelectedTabsOwnPageAndLeavesItAloneForOtherTabs
 }
 
 // What the message says, its Reload button and the other tabs are the end-to-end tests' to show.
-TEST_F(WebContainerTest, ACrashedOrHungPageShowsAMessageUntilItComesBack) {
+TEST_F(WebContainerTest, ACrashedHungOrFailedPageShowsAMessageUntilItComesBack) {
     WebContainer container(*state, [this](const BrowserTab& tab) { return pageOf(tab); });
     show(container.widget(), 900, 560);
     GtkWidget* page = pageOf(*state->selectedTab());
@@ -67,6 +67,19 @@ TEST_F(WebContainerTest, ACrashedOrHungPageShowsAMessageUntilItComesBack) {
     EXPECT_NE(findByName(message, "This page is not responding"), nullptr);
     viewAt(0).delegate().webProcessResponsivenessDidChange(true);
     EXPECT_EQ(container.shownPage(), page) << "a page that answers again is shown again";
+
+    const std::string failing = "http://wiki.intranet.test:8080/start";
+    viewAt(0).simulateFailure(LoadFailure{LoadFailureKind::ConnectionRefused, failing, {}});
+    ASSERT_EQ(container.shownPage(), message);
+    EXPECT_NE(findByName(message, "Can't reach this site"), nullptr);
+    EXPECT_NE(findByName(message, "wiki.intranet.test refused to connect. The server may be down, "
+                                  "or not running on this port."),
+              nullptr);
+    GtkWidget* tryAgain = findByName(message, "Try Again");
+    ASSERT_NE(tryAgain, nullptr);
+    g_signal_emit_by_name(tryAgain, "clicked");
+    EXPECT_EQ(viewAt(0).loadRequests.back().url, failing);
+    EXPECT_EQ(container.shownPage(), page) << "a new load takes the message away";
 }
 
 } // namespace

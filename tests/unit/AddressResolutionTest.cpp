@@ -8,32 +8,43 @@ namespace {
 TEST(AddressResolution, TypedTextBecomesAnAddressOrASearch) {
     struct Case {
         const char* typed;
-        const char* address; // null: a search
+        const char* address;  // null: a search
+        const char* fallback; // over http when https cannot connect
     };
     const Case cases[] = {
-        {"  swift  ", nullptr},
-        {"example.com", "https://example.com"},
-        {"my file.txt", nullptr},
-        {"localhost", "https://localhost"},
-        {"LOCALHOST", nullptr},
-        {"localhost:8080", nullptr},
-        {"http://a.test/x", "http://a.test/x"},
-        {"https://a.test", "https://a.test"},
-        {"HTTPS://A.TEST", "https://https//A.TEST"},
-        {"ovel://settings/", nullptr},
-        {"https://bad host.test", nullptr},
-        {"héllo.test", "https://xn--hllo-bpa.test"},
-        {"10.0.0.1:8000/path", "https://10.0.0.1:8000/path"},
-        {"m+20.11:-8", nullptr},
+        {"  swift  ", nullptr, nullptr},
+        {"example.com", "https://example.com", "http://example.com"},
+        {"docs.test:8000/a b", nullptr, nullptr},
+        {"localhost", "http://localhost", nullptr},
+        {"LOCALHOST:8000/docs", "http://localhost:8000/docs", nullptr},
+        {"127.0.0.1:9/x", "http://127.0.0.1:9/x", nullptr},
+        {"192.168.1.10:8080", "http://192.168.1.10:8080", nullptr},
+        {"[::1]:8080/x", "http://[::1]:8080/x", nullptr},
+        {"fe80::1", "http://[fe80::1]", nullptr},
+        {"intranet:8080", "http://intranet:8080", nullptr},
+        {"wiki/start", "http://wiki/start", nullptr},
+        {"wiki", nullptr, nullptr},
+        {"wiki:", nullptr, nullptr},
+        {"ovel://unknown", nullptr, nullptr},
+        {"http://a.test/x", "http://a.test/x", nullptr},
+        {"https://a.test", "https://a.test", nullptr},
+        {"HTTPS://A.TEST", "https://https//A.TEST", "http://https//A.TEST"},
+        {"ovel://settings/", nullptr, nullptr},
+        {"https://bad host.test", nullptr, nullptr},
+        {"héllo.test", "https://xn--hllo-bpa.test", "http://xn--hllo-bpa.test"},
+        {"m+20.11:-8", nullptr, nullptr},
     };
     for (const Case& c : cases) {
-        const auto url = webURLForTypedText(c.typed);
+        const auto address = typedAddressFor(c.typed);
         if (c.address == nullptr) {
-            EXPECT_FALSE(url) << c.typed << " -> " << url->absoluteString();
-        } else {
-            ASSERT_TRUE(url) << c.typed;
-            EXPECT_EQ(url->absoluteString(), c.address);
+            EXPECT_FALSE(address) << c.typed << " -> " << address->url.absoluteString();
+            continue;
         }
+        ASSERT_TRUE(address) << c.typed;
+        EXPECT_EQ(address->url.absoluteString(), c.address);
+        EXPECT_EQ(address->httpFallback ? address->httpFallback->absoluteString() : "",
+                  c.fallback ? c.fallback : "")
+            << c.typed;
     }
 }
 
@@ -117,6 +128,36 @@ TEST_F(OpenURL, AddressesLoadAndSearchesUseTheChosenEngine) {
     const auto loads = viewAt(0).loadRequests.size();
     state->openURL(" \n\t ");
     EXPECT_EQ(viewAt(0).loadRequests.size(), loads);
+}
+
+// Plain http once, when no secure connection could be made, and at once for the rest of the run.
+TEST_F(OpenURL, ATypedHostThatHasNoHttpsFallsBackToHttpOnce) {
+    state->openURL("docs.test:8000/a");
+    EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://docs.test:8000/a");
+    viewAt(0).simulateFailure(
+        LoadFailure{LoadFailureKind::SecureConnectionFailed, "https://docs.test:8000/a", {}});
+    EXPECT_EQ(viewAt(0).loadRequests.back().url, "http://docs.test:8000/a");
+    viewAt(0).simulateFailure(
+        LoadFailure{LoadFailureKind::ConnectionRefused, "http://docs.test:8000/a", {}});
+    EXPECT_EQ(viewAt(0).loadRequests.size(), 2u) << "once";
+    EXPECT_EQ(state->addressText.get(), "http://docs.test:8000/a");
+
+    state->openURL("docs.test:8000/b");
+    EXPECT_EQ(viewAt(0).loadRequests.back().url, "http://docs.test:8000/b");
+    state->openURL("docs.test/b");
+    EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://docs.test/b") << "another server";
+
+    // A missing host, or an address typed in full, is shown as it failed.
+    for (const auto& [typed, failing, kind] :
+         {std::tuple{"gone.test", "https://gone.test", LoadFailureKind::HostNotFound},
+          std::tuple{"https://full.test", "https://full.test",
+                     LoadFailureKind::ConnectionRefused}}) {
+        state->openURL(typed);
+        const auto loads = viewAt(0).loadRequests.size();
+        viewAt(0).simulateFailure(LoadFailure{kind, failing, {}});
+        EXPECT_EQ(viewAt(0).loadRequests.size(), loads) << typed;
+        EXPECT_EQ(state->addressText.get(), failing);
+    }
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "web/BrowserTab.h"
+#include "records/RecordsJson.h"
 #include "support/BrowserFixture.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@ protected:
 };
 
 using BrowserTabNavigation = BrowserTabTest;
-using BrowserTabFavicon = BrowserTabTest;
 
 TEST_F(BrowserTabNavigation, ProgressIsReadWhenTheMainQueueRunsAndNeverAfterTheTabIsGone) {
     view().simulateProgress(0.3);
@@ -30,34 +30,53 @@ TEST_F(BrowserTabNavigation, ProgressIsReadWhenTheMainQueueRunsAndNeverAfterTheT
     EXPECT_EQ(mainQueue.drain(), 1);
 }
 
-TEST_F(BrowserTabFavicon, AskedOverHttpsOnTheDefaultPortOfThePageHost) {
-    view().simulateNavigation("http://Shop.Example.test:8080/cart?x=1", "Shop");
-    ASSERT_EQ(favicons.requests.size(), 1u);
-    EXPECT_EQ(favicons.requests[0].first, "https://shop.example.test/favicon.ico");
+// The person keeps their place: the address that failed stays the tab's, in the field, the
+// title and the session, and nothing of it enters history.
+TEST_F(BrowserTabNavigation, AFailedLoadKeepsItsAddressAndRecordsNoVisit) {
+    const std::string failing = "http://127.0.0.1:9/x";
+    showPage(0, "https://a.test/", "A");
+    view().engineState = "A and before";
+    view().simulateFailure(LoadFailure{LoadFailureKind::PortBlocked, failing, {}});
+    EXPECT_EQ(tab().url(), failing);
+    EXPECT_EQ(tab().title.get(), "127.0.0.1");
+    EXPECT_EQ(state->addressText.get(), failing);
+    EXPECT_TRUE(tab().canGoBack.get()) << "the page before it is one Back away";
+    EXPECT_EQ(state->historyEntries->size(), 1u);
+    const auto session = decodeSession(store.data(key(BrowserState::sessionKeyBase)).value());
+    EXPECT_EQ(session->tabs.at(0).url, failing);
+    EXPECT_EQ(session->tabs.at(0).sessionState, "A and before");
 
-    view().simulateNavigation("about:blank", "");
-    view().simulateNavigation("file:///tmp/a.html", "");
-    EXPECT_EQ(favicons.requests.size(), 1u) << "pages without a host ask for nothing";
+    state->reload();
+    EXPECT_EQ(view().loadRequests.back().url, failing) << "Try Again asks for it again";
+    EXPECT_FALSE(tab().loadFailure->has_value());
+
+    view().simulateFailure(LoadFailure{LoadFailureKind::ConnectionRefused, failing, {}});
+    state->goBack();
+    EXPECT_EQ(view().goBackCount, 0) << "the web view still shows the page before";
+    EXPECT_EQ(state->addressText.get(), "https://a.test/");
+    EXPECT_EQ(tab().title.get(), "A");
+
+    view().simulateFailure(std::nullopt);
+    EXPECT_EQ(tab().url(), "https://a.test/") << "a stop or a download is no failure to show";
+    EXPECT_EQ(state->historyEntries->size(), 1u);
 }
 
-TEST_F(BrowserTabFavicon, AFailureKeepsThePreviousIcon) {
-    const FaviconImage icon{1, 1, {255, 0, 0, 255}};
-    view().simulateNavigation("https://a.test/", "A");
-    favicons.answer(0, icon);
-    EXPECT_FALSE(tab().favicon->has_value()) << "applied on the main queue";
-    mainQueue.drain();
-    EXPECT_EQ(tab().favicon.get(), icon);
+// Fragments and pushState: the address moves with the page, without a load.
+TEST_F(BrowserTabNavigation, InPageNavigationUpdatesTheAddressAndTheSession) {
+    showPage(0, "https://a.test/doc", "Doc");
+    view().simulateInPageNavigation("https://a.test/doc#part-2");
+    EXPECT_EQ(state->addressText.get(), "https://a.test/doc#part-2");
+    const auto session = decodeSession(store.data(key(BrowserState::sessionKeyBase)).value());
+    EXPECT_EQ(session->tabs.at(0).url, "https://a.test/doc#part-2");
+}
 
-    view().simulateNavigation("https://b.test/", "B");
-    favicons.answer(1, std::nullopt);
+TEST_F(BrowserTabNavigation, ATypedAddressThatBecomesADownloadLeavesThePageAddress) {
+    showPage(0, "https://a.test/", "A");
+    state->setAddressText("https://a.test/file.zip");
+    state->openURL("https://a.test/file.zip");
+    auto download = view().simulateDownload("file.zip");
     mainQueue.drain();
-    EXPECT_EQ(tab().favicon.get(), icon);
-
-    state->newTab();
-    viewAt(0).simulateNavigation("https://c.test/", "C");
-    state->closeTab(0);
-    favicons.answer(2, icon);
-    EXPECT_EQ(mainQueue.drain(), 1) << "an icon for a closed tab is dropped safely";
+    EXPECT_EQ(state->addressText.get(), "https://a.test/");
 }
 
 } // namespace

@@ -96,6 +96,7 @@ TEST_F(WorkspaceSnapshots, NamingAndTheThirtyNewest) {
 }
 
 TEST_F(WorkspaceSnapshots, RestoringReplacesTabsClampsAndLeavesClosedTabsAlone) {
+    viewAt(0).engineState = "A and before";
     showPage(0, "https://a.test/", "A");
     state->newTab();
     state->togglePinTab(0);
@@ -114,6 +115,8 @@ TEST_F(WorkspaceSnapshots, RestoringReplacesTabsClampsAndLeavesClosedTabsAlone) 
     EXPECT_EQ(state->selectedIndex.get(), 1);
     EXPECT_TRUE(state->tabs.get()[0]->isPinned.get());
     EXPECT_EQ(viewAt(0).loadRequests.at(0).url, "https://a.test/");
+    EXPECT_EQ(viewAt(0).restoredStates, std::vector<std::string>{"A and before"})
+        << "with its back/forward list";
     EXPECT_EQ(viewAt(1).htmlLoads.size(), 1u) << "a start page restores as a start page";
     EXPECT_EQ(state->closedTabs(), closed);
     EXPECT_EQ(engine.liveViewCount(), 2) << "the replaced tabs are gone";

@@ -32,7 +32,7 @@ Run feed(const std::string& engineEvents) {
                                    : word == "finish-" ? Title::Pending
                                                        : Title::Absent);
         } else if (word == "fail") {
-            sequencer.loadFailed();
+            sequencer.loadFailed(std::nullopt);
         } else if (word == "title+" || word == "title-") {
             sequencer.titleChanged(word == "title+");
         } else if (word == "expire") {

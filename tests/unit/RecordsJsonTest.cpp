@@ -35,6 +35,20 @@ TEST(RecordsJson, WritesTheStoredMemberNamesAndOmitsAbsentOptionals) {
               "selectedIndex":9,"tabs":[{"isPinned":true}]}])"));
 }
 
+// A tab's history is bytes of any value, at any length around the base64 padding.
+TEST(RecordsJson, ClosedTabsKeepTheirHistoryBytes) {
+    const std::vector<TabStore> closed{{"https://x.test/a?b=c#d", false, "\0\xff\x80 h"s, 3},
+                                       {std::nullopt, true, "ab"s},
+                                       {std::nullopt, true, "a"s},
+                                       {std::nullopt, true, ""s}};
+    const auto decoded = decodeClosedTabs(encodeClosedTabs(closed)).value();
+    ASSERT_EQ(decoded, closed);
+    for (std::size_t i = 0; i < closed.size(); ++i) {
+        EXPECT_TRUE(decoded[i].sameHistoryAndPlace(closed[i])) << i;
+    }
+    EXPECT_EQ(json::parse(encodeClosedTabs(closed))[0]["sessionState"], "AP+AIGg=");
+}
+
 TEST(RecordsJson, ReadsMembersInAnyOrderAndIgnoresUnknownOnes) {
     auto session = decodeSession(
         R"({"extra":[1,2],"tabs":[{"isPinned":false,"zoom":2,"url":"https://a.test/"}],"selectedIndex":0})");
@@ -99,6 +113,20 @@ TEST(RecordsJson, AnyMisshapenRecordMakesTheWholeBlobUnreadable) {
     EXPECT_FALSE(decodeProfiles(R"([{"id":"P1","name":"A"},{"id":"P2"}])"));
     EXPECT_FALSE(decodeWorkspaceSnapshots(R"([{"id":"W","name":"n","createdAt":1,"tabs":[]}])"));
     EXPECT_FALSE(decodeBookmarks(R"({"title":"t","url":"u"})")) << "an object, not an array";
+}
+
+// A tab's history that cannot be read costs that history alone: never the tab, nor the session.
+TEST(RecordsJson, AnUnreadableTabHistoryIsDroppedAndTheTabKept) {
+    const std::string oversized(TabStore::maxSessionStateBytes / 3 * 4 + 8, 'A');
+    for (const std::string& state : {R"("AP+AIGg")"s, R"("A=B=")"s, R"("****")"s, "7"s,
+                                     R"({"a":1})"s, "\"" + oversized + "\""}) {
+        const auto session = decodeSession(R"({"selectedIndex":0,"tabs":[{"url":"https://a.test/",
+            "isPinned":true,"sessionState":)" +
+                                           state + R"(,"index":"x"}]})");
+        ASSERT_TRUE(session) << state;
+        EXPECT_EQ(session->tabs.at(0), (TabStore{"https://a.test/", true})) << state;
+        EXPECT_TRUE(session->tabs.at(0).sameHistoryAndPlace(TabStore{})) << state;
+    }
 }
 
 // One odd number must not cost the user's tabs: the index is read as any number and whoever

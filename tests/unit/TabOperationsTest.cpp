@@ -30,8 +30,8 @@ TEST_F(TabOperations, TheClosedTabStackKeepsTwentyAndReopensTheLatest) {
     EXPECT_EQ(state->closedTabs().back().url, url(1)) << "T21, closed first, was dropped";
 
     state->reopenLastClosedTab();
-    EXPECT_EQ(viewAt(1).loadRequests.at(0).url, url(20));
-    EXPECT_EQ(state->selectedIndex.get(), 1);
+    EXPECT_EQ(viewAt(0).loadRequests.at(0).url, url(20)) << "back at its old place";
+    EXPECT_EQ(state->selectedIndex.get(), 0);
     EXPECT_EQ(state->closedTabs().size(), 19u);
     EXPECT_EQ(storedClosedTabs().size(), 19u);
 
@@ -42,15 +42,18 @@ TEST_F(TabOperations, TheClosedTabStackKeepsTwentyAndReopensTheLatest) {
         << "the others are recorded rightmost first";
 }
 
-TEST_F(TabOperations, ReopeningKeepsThePinAndAppendsAtTheEnd) {
+TEST_F(TabOperations, ReopeningKeepsThePinAndThePlaceWithinItsSection) {
     launchWithTabs(3);
     state->togglePinTab(1);
     EXPECT_EQ(strip(), "T2p T1 [T3]");
     state->closeTab(0);
     state->reopenLastClosedTab();
-    ASSERT_EQ(state->tabs->size(), 3u);
-    EXPECT_TRUE(state->tabs.get()[2]->isPinned.get());
-    EXPECT_EQ(state->selectedIndex.get(), 2);
+    EXPECT_EQ(strip(), "[https://t2.test/p] T1 T3") << "back at its place, loading";
+    state->closeTab(1);
+    state->togglePinTab(1);
+    EXPECT_EQ(strip(), "[https://t2.test/p] T3p");
+    state->reopenLastClosedTab();
+    EXPECT_EQ(viewAt(2).loadRequests.at(0).url, url(1)) << "after the pinned tabs";
 
     state->setTheme(BrowserTheme::Ocean);
     state->newTab();
@@ -58,6 +61,28 @@ TEST_F(TabOperations, ReopeningKeepsThePinAndAppendsAtTheEnd) {
     state->reopenLastClosedTab();
     // A start page reopens as the start page of the current theme, loaded once.
     EXPECT_EQ(viewAt(3).htmlLoads, std::vector<std::string>{startPageHTML(BrowserTheme::Ocean)});
+}
+
+// Back and Forward survive closing, reopening and restarting: the engine's list goes with the
+// tab's record, and one the engine cannot read costs that history alone.
+TEST_F(TabOperations, ATabsHistoryGoesWithItsRecord) {
+    launchWithTabs(3);
+    viewAt(0).engineState = "T1 and before";
+    showPage(0, url(1), "T1");
+    state->closeTab(0);
+    EXPECT_TRUE(
+        storedClosedTabs().at(0).sameHistoryAndPlace(TabStore{url(1), false, "T1 and before", 0}));
+    state->reopenLastClosedTab();
+    EXPECT_EQ(viewAt(0).restoredStates, std::vector<std::string>{"T1 and before"});
+
+    viewAt(1).engineState = "unreadable";
+    showPage(1, url(2), "T2");
+    state->selectTab(1);
+    launch();
+    EXPECT_EQ(state->selectedIndex.get(), 1) << "the selection was stored as it changed";
+    EXPECT_EQ(viewAt(0).restoredStates, std::vector<std::string>{"T1 and before"});
+    EXPECT_TRUE(viewAt(1).restoredStates.empty());
+    EXPECT_EQ(viewAt(1).loadRequests.at(0).url, url(2)) << "the tab itself stays";
 }
 
 TEST_F(TabOperations, DuplicatesAreKeyedByAddressAndTitle) {
