@@ -40,29 +40,5 @@ TEST_F(WebKitContent, RuleListWebKitCannotCompileGivesNone) {
     EXPECT_FALSE(called);
 }
 
-TEST_F(WebKitContent, UserScriptsRunAtDocumentStartInTheMainFrame) {
-    server.serveHtml("/frame", "<html><body>frame</body></html>");
-    server.serveHtml("/page", "<html><head><title>Page</title><script>"
-                              "window.seenAtStart = document.documentElement.dataset.injected;"
-                              "</script></head><body><iframe id=f src='/frame'></iframe>"
-                              "</body></html>");
-    auto& page = openPage();
-    page.view->addUserScript({"document.documentElement.dataset.injected = 'yes';"});
-    page.view->load({server.url("/page")});
-    ASSERT_TRUE(page.waitForOutcomes(1)) << page.events();
-    ASSERT_TRUE(waitUntil([&] { return server.requestCount("/frame") == 1; }));
-    EXPECT_EQ(runScript(page.webKitView(), "return String(window.seenAtStart);"), "yes");
-    EXPECT_EQ(runScript(page.webKitView(),
-                        "await new Promise(r => f.contentWindow.document.readyState == "
-                        "'complete' ? r() : f.onload = r);"
-                        "return String(f.contentDocument.documentElement.dataset.injected);"),
-              "undefined");
-
-    page.view->removeAllUserScripts();
-    page.view->reload();
-    ASSERT_TRUE(page.waitForOutcomes(2)) << page.events();
-    EXPECT_EQ(runScript(page.webKitView(), "return String(window.seenAtStart);"), "undefined");
-}
-
 } // namespace
 } // namespace ovel::test
