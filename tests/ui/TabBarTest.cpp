@@ -115,46 +115,5 @@ TEST_F(TabBarTest, ContextMenuOffersWhatTheTabsPlaceAllows) {
     expectItemsMatchTabs(bar, "after the menu's move and close");
 }
 
-TEST_F(TabBarTest, TheHighlightGlidesToTheNewlySelectedTab) {
-    openTabs(4);
-    TabBar bar(*state);
-    show(bar.widget());
-    auto highlightX = [&] { return bar.highlightFrame() ? bar.highlightFrame()->origin.x : -1.f; };
-    auto selectedX = [&] { return bar.selectedBounds()->origin.x; };
-    ASSERT_TRUE(waitUntil([&] { return highlightX() == selectedX(); })) << "on the last tab";
-    const float from = highlightX();
-
-    state->selectTab(0);
-    const float to = selectedX();
-    bool between = false;
-    EXPECT_TRUE(waitUntil([&] {
-        between = between || (highlightX() > to && highlightX() < from);
-        return highlightX() == to;
-    }));
-    EXPECT_TRUE(between) << "seen on its way";
-}
-
-TEST_F(TabBarTest, TheSelectedTabScrollsIntoView) {
-    openTabs(30);
-    TabBar bar(*state);
-    show(bar.widget());
-    GtkAdjustment* scroll = gtk_scrolled_window_get_hadjustment(GTK_SCROLLED_WINDOW(bar.widget()));
-    auto selectedInView = [&] {
-        graphene_rect_t bounds;
-        const auto& tab = *state->selectedTab();
-        if (!gtk_widget_compute_bounds(bar.itemFor(tab.id())->capsule(), bar.widget(), &bounds)) {
-            return false;
-        }
-        return bounds.origin.x >= 0 &&
-               bounds.origin.x + bounds.size.width <= gtk_widget_get_width(bar.widget());
-    };
-    EXPECT_TRUE(waitUntil(selectedInView)) << "the last tab, selected at start";
-    EXPECT_GT(gtk_adjustment_get_value(scroll), 0);
-    state->selectTab(0);
-    EXPECT_TRUE(waitUntil(selectedInView));
-    state->newTab();
-    EXPECT_TRUE(waitUntil(selectedInView)) << "a new tab";
-}
-
 } // namespace
 } // namespace ovel::test
