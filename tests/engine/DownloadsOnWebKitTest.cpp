@@ -54,27 +54,6 @@ protected:
     std::vector<std::string> entries;
 };
 
-TEST_F(DownloadsOnWebKit, AnAttachmentIsSavedAndTheTabHearsHowItGoes) {
-    server.serveAttachment("/get", "report.txt", "the report", "text/plain");
-    ASSERT_TRUE(openAndWait(server.url("/a")));
-
-    state->openURL(server.url("/get"));
-    ASSERT_TRUE(waitForDownloadEnd(1)) << joined(entries);
-    EXPECT_TRUE(waitUntil([&] { return messages.size() == 3; })) << joined(messages);
-    EXPECT_EQ(joined(messages),
-              "Starting download... | Downloading report.txt | Download finished");
-    EXPECT_EQ(joined(entries), "Downloading report.txt | Finished report.txt");
-    const DownloadRecord first = state->downloads.get()[0];
-    EXPECT_EQ(first.destinationPath, (downloads / "report.txt").string());
-    EXPECT_EQ(first.sourceURL, server.url("/a")) << "the page the tab showed, not the file";
-    EXPECT_EQ(first.progress, 1.0);
-    EXPECT_EQ(readFile(downloads / "report.txt"), "the report");
-    EXPECT_EQ(treeOf(downloads).size(), 1u);
-    // A download leaves the page the tab shows alone.
-    EXPECT_EQ(tab().title.get(), "Page A");
-    EXPECT_EQ(state->addressText.get(), server.url("/a"));
-}
-
 TEST_F(DownloadsOnWebKit, TransferBrokenOffEndsFailedWithTheEnginesMessage) {
     // The engine's own description of the failure, heard beside the browser.
     std::string engineMessage;
@@ -197,20 +176,33 @@ TEST_F(DownloadsOnWebKit, CancelStopsTheTransferAndLeavesNoFile) {
     EXPECT_TRUE(treeOf(downloads).empty());
 }
 
-TEST_F(DownloadsOnWebKit, WhatTheEngineCannotShowOrALinkMarksIsSaved) {
+TEST_F(DownloadsOnWebKit, AttachmentsWhatTheEngineCannotShowAndMarkedLinksAreSaved) {
+    server.serveAttachment("/get", "report.txt", "the report", "text/plain");
     server.serve("/file.bin", {200, "application/x-ovel-test", "0123456789", {}});
     server.serve("/file.txt", {200, "text/plain", "linked", {}});
     server.serveHtml("/links", titled("Links", "<a id=link download href='/file.txt'>f</a>"));
     ASSERT_TRUE(openAndWait(server.url("/links")));
 
-    state->openURL(server.url("/file.bin"));
+    state->openURL(server.url("/get"));
     ASSERT_TRUE(waitForDownloadEnd(1)) << joined(entries);
-    runScript(webKitView(tab()), "document.getElementById('link').click(); return 1;");
+    EXPECT_TRUE(waitUntil([&] { return messages.size() == 3; })) << joined(messages);
+    EXPECT_EQ(joined(messages),
+              "Starting download... | Downloading report.txt | Download finished");
+    const DownloadRecord first = state->downloads.get()[0];
+    EXPECT_EQ(first.destinationPath, (downloads / "report.txt").string());
+    EXPECT_EQ(first.sourceURL, server.url("/links")) << "the page the tab showed, not the file";
+    EXPECT_EQ(first.progress, 1.0);
+
+    state->openURL(server.url("/file.bin"));
     ASSERT_TRUE(waitForDownloadEnd(2)) << joined(entries);
-    EXPECT_EQ(joined(entries), "Downloading file.bin | Finished file.bin | Downloading file.txt | "
-                               "Finished file.txt");
-    EXPECT_EQ(readFile(downloads / "file.bin"), "0123456789");
-    EXPECT_EQ(readFile(downloads / "file.txt"), "linked");
+    runScript(webKitView(tab()), "document.getElementById('link').click(); return 1;");
+    ASSERT_TRUE(waitForDownloadEnd(3)) << joined(entries);
+    EXPECT_EQ(joined(entries), "Downloading report.txt | Finished report.txt | Downloading "
+                               "file.bin | Finished file.bin | Downloading file.txt | Finished "
+                               "file.txt");
+    const std::map<std::string, std::string> saved{
+        {"file.bin", "0123456789"}, {"file.txt", "linked"}, {"report.txt", "the report"}};
+    EXPECT_EQ(treeOf(downloads), saved);
     // The navigations that became downloads leave the page as it was.
     EXPECT_EQ(tab().title.get(), "Links");
     EXPECT_EQ(state->addressText.get(), server.url("/links"));
@@ -219,8 +211,8 @@ TEST_F(DownloadsOnWebKit, WhatTheEngineCannotShowOrALinkMarksIsSaved) {
     desktop.downloads.reset();
     state->openURL(server.url("/file.bin"));
     runMainLoopFor(1000ms);
-    EXPECT_EQ(state->downloads->size(), 2u);
-    EXPECT_EQ(treeOf(downloads).size(), 2u);
+    EXPECT_EQ(state->downloads->size(), 3u);
+    EXPECT_EQ(treeOf(downloads), saved);
 }
 
 } // namespace

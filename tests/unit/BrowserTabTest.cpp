@@ -83,6 +83,25 @@ TEST_F(BrowserTabNavigation, ATypedAddressThatBecomesADownloadLeavesThePageAddre
 }
 
 // A page's request for a new window, answered with a fake view from the fake engine.
+TEST_F(BrowserTabNavigation, ZoomStaysInItsBoundsWithItsTabAndFindLooksForTrimmedText) {
+    state->adjustZoom(+1.0);
+    EXPECT_EQ(view().zoom, 2.0);
+    state->newTab();
+    state->adjustZoom(-1.0);
+    EXPECT_EQ(view().zoom, 0.75);
+    EXPECT_EQ(viewAt(0).zoom, 2.0);
+    state->selectTab(0);
+    state->resetZoom();
+    EXPECT_EQ(viewAt(0).zoom, 1.1);
+    EXPECT_EQ(viewAt(1).zoom, 0.75);
+
+    for (const char* text : {"  NEEDLE  ", " \n ", "thimble"}) {
+        state->setFindText(text);
+        state->runFind();
+    }
+    EXPECT_EQ(view().findRequests, (std::vector<std::string>{"NEEDLE", "thimble"}));
+}
+
 class FakeNewWebViewRequest : public NewWebViewRequest {
 public:
     FakeNewWebViewRequest(FakeWebEngine& engine, std::string url)
