@@ -30,6 +30,12 @@ protected:
     // The first descendant of `root` named `name` that is not a label (a label beside a control
     // often carries the control's name); null when there is none.
     static GtkWidget* findControl(GtkWidget* root, const std::string& name);
+    // The same, failing the test when there is none.
+    static GtkWidget* named(GtkWidget* root, const std::string& name) {
+        GtkWidget* widget = findControl(root, name);
+        EXPECT_NE(widget, nullptr) << "no control named " << name;
+        return widget;
+    }
 
     // Clicks the button named `name` under `root` as its "clicked" signal (a button's own
     // activation clicks only after a pressed-look delay); false when there is no such button.

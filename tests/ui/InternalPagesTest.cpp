@@ -25,11 +25,6 @@ protected:
         }
     }
 
-    GtkWidget* find(GtkWidget* root, const std::string& name) {
-        GtkWidget* widget = findControl(root, name);
-        EXPECT_NE(widget, nullptr) << "no control named " << name;
-        return widget;
-    }
     static bool shown(GtkWidget* widget) {
         return widget != nullptr && gtk_widget_is_visible(widget);
     }
@@ -53,7 +48,7 @@ TEST_F(InternalPagesTest, SettingsEditsTheRuleOfTheSelectedTabsHost) {
     EXPECT_EQ(page.permissionEditor().rule(), Rule{});
 
     // A segment changes only the editor's copy; Apply stores it under the current host.
-    GtkWidget* camera = find(root, "Camera");
+    GtkWidget* camera = named(root, "Camera");
     EXPECT_TRUE(click(camera, "Block"));
     EXPECT_EQ(state->sitePermissionRules->count("one.test"), 0u);
     EXPECT_TRUE(click(root, "Apply"));
@@ -78,8 +73,8 @@ TEST_F(InternalPagesTest, SettingsProfileControls) {
     OvelSettingsPageNative page(*state);
     show(page.widget());
     GtkWidget* root = page.widget();
-    GtkWidget* remove = find(root, "Delete");
-    GtkWidget* rename = find(root, "Rename profile");
+    GtkWidget* remove = named(root, "Delete");
+    GtkWidget* rename = named(root, "Rename profile");
     const std::string firstName = state->activeProfileName();
     EXPECT_EQ(gtk_editable_get_text(GTK_EDITABLE(rename)), firstName);
     EXPECT_FALSE(gtk_widget_get_sensitive(remove)) << "one profile cannot be deleted";
@@ -87,7 +82,7 @@ TEST_F(InternalPagesTest, SettingsProfileControls) {
     EXPECT_TRUE(click(root, "New"));
     ASSERT_EQ(state->profiles->size(), 2u);
     EXPECT_TRUE(gtk_widget_get_sensitive(remove));
-    auto* picker = GTK_DROP_DOWN(find(root, "Active Profile"));
+    auto* picker = GTK_DROP_DOWN(named(root, "Active Profile"));
     EXPECT_EQ(state->profiles.get()[gtk_drop_down_get_selected(picker)].id,
               *state->activeProfileID);
 
@@ -113,14 +108,14 @@ TEST_F(InternalPagesTest, SettingsPreferencesAndWorkspaceStatus) {
     OvelSettingsPageNative page(*state);
     show(page.widget());
     GtkWidget* root = page.widget();
-    gtk_drop_down_set_selected(GTK_DROP_DOWN(find(root, "Theme")), 2);
+    gtk_drop_down_set_selected(GTK_DROP_DOWN(named(root, "Theme")), 2);
     EXPECT_EQ(*state->theme, BrowserTheme::Sunrise);
     state->setSearchEngine(SearchEngine::Bing);
-    EXPECT_EQ(gtk_drop_down_get_selected(GTK_DROP_DOWN(find(root, "Search"))), 2u);
-    gtk_switch_set_active(GTK_SWITCH(find(root, "Ad Blocker")), true);
+    EXPECT_EQ(gtk_drop_down_get_selected(GTK_DROP_DOWN(named(root, "Search"))), 2u);
+    gtk_switch_set_active(GTK_SWITCH(named(root, "Ad Blocker")), true);
     EXPECT_TRUE(*state->adBlockEnabled);
     state->setSmoothAnimations(false);
-    EXPECT_FALSE(gtk_switch_get_active(GTK_SWITCH(find(root, "Smooth Animations"))));
+    EXPECT_FALSE(gtk_switch_get_active(GTK_SWITCH(named(root, "Smooth Animations"))));
 
     EXPECT_NE(findByName(root, "No saved workspaces yet."), nullptr);
     EXPECT_TRUE(click(root, "Save Current Tabs"));
@@ -218,7 +213,7 @@ TEST_F(InternalPagesTest, WorkspacesAndAboutFollowTheState) {
     GtkWidget* row = workspaces.rowFor(first.id);
     ASSERT_NE(row, nullptr);
     EXPECT_NE(findByName(row, "Workspace 1"), nullptr);
-    GtkWidget* field = find(root, "Workspace name");
+    GtkWidget* field = named(root, "Workspace name");
     gtk_editable_set_text(GTK_EDITABLE(field), "Research");
     g_signal_emit_by_name(field, "activate");
     EXPECT_STREQ(gtk_editable_get_text(GTK_EDITABLE(field)), "");

@@ -1,4 +1,5 @@
 #include "chrome/BrowserRootView.h"
+#include "gutil/GObjectRef.h"
 #include "support/BrowserFixture.h"
 #include "support/TestEnvironment.h"
 #include "support/ViewFixture.h"
@@ -20,21 +21,16 @@ using test::waitUntil;
 // The whole window's view on fake tabs, each with a label for a page.
 class PanelsTest : public test::ViewFixture {
 protected:
-    void SetUp() override { open(BrowserTheme::Midnight); }
-    void TearDown() override { close(); }
-
-    void open(BrowserTheme theme) {
-        store = test::RecordingSettingsStore();
-        store.setString(BrowserState::themeKey, rawValue(theme));
+    void SetUp() override {
         launch();
         view_ = std::make_unique<BrowserRootView>(
             *state,
             [this](const BrowserTab& tab) {
-                GtkWidget*& page = pages_[&tab];
-                if (page == nullptr) {
-                    page = GTK_WIDGET(g_object_ref_sink(gtk_label_new("page")));
+                auto& page = pages_[&tab];
+                if (!page) {
+                    page = GObjectRef<GtkWidget>::retain(gtk_label_new("page"));
                 }
-                return page;
+                return page.get();
             },
             nullptr);
         window_ = GTK_WINDOW(gtk_window_new());
@@ -44,13 +40,9 @@ protected:
         gtk_window_present(window_);
         ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(view_->widget()); }, 5s));
     }
-    void close() {
-        gtk_window_destroy(window_);
-        window_ = nullptr;
+    void TearDown() override {
+        ViewFixture::TearDown();
         view_.reset();
-        for (auto& [tab, page] : pages_) {
-            g_object_unref(page);
-        }
         pages_.clear();
         state.reset();
     }
@@ -61,7 +53,6 @@ protected:
         return widgetsWhere(root, [&](GtkWidget* w) { return findByName(w, name) == w; }).size();
     }
 
-    // Drives the panel open or closed and counts the frames until it has settled.
     // A download from the selected tab's page, its first report applied.
     std::shared_ptr<test::FakeDownload> download(const std::string& fileName) {
         auto transfer = viewOf(*state->selectedTab()).simulateDownload(fileName);
@@ -69,7 +60,7 @@ protected:
         return transfer;
     }
 
-    std::map<const BrowserTab*, GtkWidget*> pages_;
+    std::map<const BrowserTab*, GObjectRef<GtkWidget>> pages_;
     std::unique_ptr<BrowserRootView> view_;
 };
 

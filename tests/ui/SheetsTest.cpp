@@ -42,11 +42,6 @@ protected:
     }
 
     GtkWidget* focus() const { return gtk_root_get_focus(GTK_ROOT(window_)); }
-    GtkWidget* named(GtkWidget* root, const std::string& name) {
-        GtkWidget* found = findByName(root, name);
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
     // Presses `key` as the widget's own key handler (the first on it) receives it.
     static bool press(GtkWidget* widget, guint key) {
         GListModel* controllers = gtk_widget_observe_controllers(widget);

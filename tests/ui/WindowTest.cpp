@@ -128,19 +128,16 @@ TEST_F(TabBarTest, ContextMenuOffersWhatTheTabsPlaceAllows) {
     expectItemsMatchTabs(bar, "after the menu's move and close");
 }
 
-class ToolbarViewTest : public ViewFixture {
-protected:
-    bool enabled(GtkWidget* root, const char* name) {
-        GtkWidget* button = findByName(root, name);
-        EXPECT_NE(button, nullptr) << name;
-        return button != nullptr && gtk_widget_get_sensitive(button);
-    }
-};
+using ToolbarViewTest = ViewFixture;
 
 TEST_F(ToolbarViewTest, ButtonsFollowTheSelectedTab) {
     ToolbarView toolbar(*state);
     show(toolbar.widget());
     GtkWidget* root = toolbar.widget();
+    auto enabled = [](GtkWidget* root, const char* name) {
+        GtkWidget* button = named(root, name);
+        return button != nullptr && gtk_widget_get_sensitive(button);
+    };
     EXPECT_FALSE(enabled(root, "Close Tab")) << "the last tab";
     state->newTab();
     EXPECT_TRUE(enabled(root, "Close Tab"));
