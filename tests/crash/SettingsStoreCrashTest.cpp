@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <functional>
+#include <map>
 #include <poll.h>
 #include <random>
 #include <spawn.h>
@@ -125,18 +127,38 @@ struct StoredWrites {
     std::optional<int> history;
 };
 
-// Reads the file with SQLite itself: the database is whole, holds only our two keys, and each
-// blob is exactly one of the writer's writes.
-StoredWrites readRaw(const fs::path& file) {
+// Which of the writer's writes the two blobs are: each must be exactly one of them.
+StoredWrites writesIn(const std::function<std::optional<std::string>(std::string)>& blobOf) {
     StoredWrites stored;
+    if (const auto blob = blobOf(storeWriterSessionKey())) {
+        const auto session = decodeSession(*blob);
+        EXPECT_TRUE(session) << "the stored session decodes";
+        if (session) {
+            EXPECT_EQ(*session, storeWriterSession(session->selectedIndex));
+            stored.session = session->selectedIndex;
+        }
+    }
+    if (const auto blob = blobOf(storeWriterHistoryKey())) {
+        const auto history = decodeHistory(*blob);
+        EXPECT_TRUE(history && !history->empty()) << "the stored history decodes";
+        if (history && !history->empty()) {
+            stored.history = std::atoi(history->front().title.c_str());
+            EXPECT_EQ(*history, storeWriterHistory(*stored.history));
+        }
+    }
+    return stored;
+}
+
+// Reads the file with SQLite itself: the database is whole and holds only our two keys.
+StoredWrites readRaw(const fs::path& file) {
     if (!fs::exists(file)) {
-        return stored; // killed before it made the file
+        return {}; // killed before it made the file
     }
     sqlite3* db = nullptr;
     if (sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
         ADD_FAILURE() << "sqlite3 cannot open the file: " << sqlite3_errmsg(db);
         sqlite3_close(db);
-        return stored;
+        return {};
     }
     std::vector<std::string> verdict;
     sqlite3_exec(
@@ -149,57 +171,28 @@ StoredWrites readRaw(const fs::path& file) {
     EXPECT_EQ(verdict, std::vector<std::string>{"ok"});
 
     // No table: killed before it made it.
+    std::map<std::string, std::string> blobs;
     sqlite3_stmt* rows = nullptr;
     sqlite3_prepare_v2(db, "SELECT key, type, value FROM settings", -1, &rows, nullptr);
     while (rows && sqlite3_step(rows) == SQLITE_ROW) {
         const std::string key = reinterpret_cast<const char*>(sqlite3_column_text(rows, 0));
-        const std::string type = reinterpret_cast<const char*>(sqlite3_column_text(rows, 1));
+        EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(rows, 1)), "data") << key;
+        EXPECT_TRUE(key == storeWriterSessionKey() || key == storeWriterHistoryKey()) << key;
         const auto* bytes = static_cast<const char*>(sqlite3_column_blob(rows, 2));
-        const std::string blob(bytes ? bytes : "", sqlite3_column_bytes(rows, 2));
-        EXPECT_EQ(type, "data") << key;
-        if (key == storeWriterSessionKey()) {
-            const auto session = decodeSession(blob);
-            EXPECT_TRUE(session) << "the stored session decodes";
-            if (session) {
-                EXPECT_EQ(*session, storeWriterSession(session->selectedIndex));
-                stored.session = session->selectedIndex;
-            }
-        } else if (key == storeWriterHistoryKey()) {
-            const auto history = decodeHistory(blob);
-            EXPECT_TRUE(history && !history->empty()) << "the stored history decodes";
-            if (history && !history->empty()) {
-                const int sequence = std::atoi(history->front().title.c_str());
-                EXPECT_EQ(*history, storeWriterHistory(sequence));
-                stored.history = sequence;
-            }
-        } else {
-            ADD_FAILURE() << "unexpected key " << key;
-        }
+        blobs[key] = std::string(bytes ? bytes : "", sqlite3_column_bytes(rows, 2));
     }
     sqlite3_finalize(rows);
     sqlite3_close(db);
-    return stored;
+    return writesIn([&](const std::string& key) {
+        const auto found = blobs.find(key);
+        return found != blobs.end() ? std::optional(found->second) : std::nullopt;
+    });
 }
 
 // Reads the file as the browser does.
 StoredWrites readThroughStore(const fs::path& file) {
-    StoredWrites stored;
     const auto store = SqliteSettingsStore::open(file);
-    if (const auto blob = store->data(storeWriterSessionKey())) {
-        const auto session = decodeSession(*blob);
-        EXPECT_TRUE(session) << "the session read through the store decodes";
-        if (session) {
-            stored.session = session->selectedIndex;
-        }
-    }
-    if (const auto blob = store->data(storeWriterHistoryKey())) {
-        const auto history = decodeHistory(*blob);
-        EXPECT_TRUE(history && !history->empty()) << "the history read through the store decodes";
-        if (history && !history->empty()) {
-            stored.history = std::atoi(history->front().title.c_str());
-        }
-    }
-    return stored;
+    return writesIn([&](const std::string& key) { return store->data(key); });
 }
 
 class SettingsStoreCrash : public ::testing::Test {
