@@ -74,4 +74,30 @@ std::optional<std::string> boundedSessionState(std::string state, std::size_t ma
     return keptWhole(std::move(result));
 }
 
+std::string serializedSessionState(WebKitWebView* view) {
+    WebKitWebViewSessionState* state = webkit_web_view_get_session_state(view);
+    GBytes* bytes = webkit_web_view_session_state_serialize(state);
+    webkit_web_view_session_state_unref(state);
+    gsize size = 0;
+    const auto* data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
+    std::string serialised(data != nullptr ? data : "", size);
+    g_bytes_unref(bytes);
+    return serialised;
+}
+
+bool restoreSerializedSessionState(WebKitWebView* view, std::string_view state) {
+    if (state.size() > TabStore::maxSessionStateBytes) {
+        return false;
+    }
+    GBytes* bytes = g_bytes_new(state.data(), state.size());
+    WebKitWebViewSessionState* restored = webkit_web_view_session_state_new(bytes);
+    g_bytes_unref(bytes);
+    if (restored == nullptr) {
+        return false;
+    }
+    webkit_web_view_restore_session_state(view, restored);
+    webkit_web_view_session_state_unref(restored);
+    return true;
+}
+
 } // namespace ovel

@@ -126,7 +126,6 @@ private:
     // Asks the page whether it has a title element, once WebKit reports no title.
     void askForTitleElement();
     // A PDF or an image shown by itself is named by its file.
-    std::optional<std::string> fileTitle() const;
     // Hands `issue` to the engine through the gate, as the load of `url`.
     void requestLoad(const LoadRequest& request, std::function<void()> issue);
 
