@@ -7,6 +7,7 @@
 #include "app/SqliteSettingsStore.h"
 #include "app/StartupProbe.h"
 #include "app/SystemClock.h"
+#include "app/ThreadedFilterListSource.h"
 #include "chrome/BrowserCommands.h"
 #include "chrome/BrowserWindow.h"
 #include "chrome/PermissionPromptDialog.h"
@@ -111,6 +112,7 @@ struct OvelWebApp::Parts {
     SystemClock clock;
     GlibUuidSource uuids;
     GioDesktop desktop;
+    ThreadedFilterListSource filterLists{ThreadedFilterListSource::configuredFolders()};
     std::shared_ptr<BrowserState> state;
     std::unique_ptr<BrowserCommands> commands;
     std::unique_ptr<BrowserWindow> window;
@@ -180,9 +182,9 @@ void OvelWebApp::startup() {
     parts_ = std::make_unique<Parts>();
     parts_->engine.setPermissionPrompter(askUser);
     parts_->engine.setAuthenticationPrompter(askToSignIn);
-    parts_->state =
-        BrowserState::create(BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue,
-                                             parts_->clock, parts_->uuids, parts_->desktop});
+    parts_->state = BrowserState::create(
+        BrowserServices{*parts_->settings, parts_->engine, parts_->mainQueue, parts_->clock,
+                        parts_->uuids, parts_->desktop, &parts_->filterLists});
     parts_->commands = std::make_unique<BrowserCommands>(application_.get(), *parts_->state);
 
     // A page's desktop notification, activated: its tab comes forward in the window.

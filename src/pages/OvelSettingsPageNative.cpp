@@ -4,6 +4,7 @@
 #include "pages/OvelInternalPageShell.h"
 #include "pages/OvelSettingCard.h"
 #include "pages/SitePermissionEditor.h"
+#include "presentation/AdBlockStatusLine.h"
 #include "presentation/InternalPages.h"
 #include "state/BrowserState.h"
 
@@ -87,6 +88,7 @@ OvelSettingsPageNative::OvelSettingsPageNative(BrowserState& state) : state_(sta
     connections_.add(state_.theme.changed().connect([this](auto&) { showPreferences(); }));
     connections_.add(state_.searchEngine.changed().connect([this](auto&) { showPreferences(); }));
     connections_.add(state_.adBlockEnabled.changed().connect([this](auto&) { showPreferences(); }));
+    connections_.add(state_.adBlockStatus.changed().connect([this](auto&) { showPreferences(); }));
     connections_.add(
         state_.smoothAnimations.changed().connect([this](auto&) { showPreferences(); }));
     connections_.add(
@@ -161,6 +163,12 @@ GtkWidget* OvelSettingsPageNative::browsingCard() {
     adBlockSwitch_ = gtk_switch_new();
     smoothSwitch_ = gtk_switch_new();
     gtk_box_append(GTK_BOX(content), labelled("Ad Blocker", adBlockSwitch_));
+    adBlockStatus_ = gtk_label_new(nullptr);
+    gtk_widget_add_css_class(adBlockStatus_, "caption");
+    gtk_widget_add_css_class(adBlockStatus_, "dim-label");
+    gtk_widget_set_halign(adBlockStatus_, GTK_ALIGN_START);
+    gtk_label_set_wrap(GTK_LABEL(adBlockStatus_), true);
+    gtk_box_append(GTK_BOX(content), adBlockStatus_);
     gtk_box_append(GTK_BOX(content), labelled("Smooth Animations", smoothSwitch_));
     signals_.connect(adBlockSwitch_, "notify::active", [this](GtkSwitch* toggle, GParamSpec*) {
         if (!showingState_) {
@@ -280,6 +288,8 @@ void OvelSettingsPageNative::showPreferences() {
     gtk_drop_down_set_selected(GTK_DROP_DOWN(searchPicker_),
                                indexOf(allSearchEngines, *state_.searchEngine));
     gtk_switch_set_active(GTK_SWITCH(adBlockSwitch_), *state_.adBlockEnabled);
+    gtk_label_set_text(GTK_LABEL(adBlockStatus_),
+                       adBlockStatusLine(*state_.adBlockStatus, *state_.adBlockEnabled).c_str());
     gtk_switch_set_active(GTK_SWITCH(smoothSwitch_), *state_.smoothAnimations);
     showingState_ = false;
 }

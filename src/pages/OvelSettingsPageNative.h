@@ -60,6 +60,7 @@ private:
     GtkWidget* themePicker_ = nullptr;
     GtkWidget* searchPicker_ = nullptr;
     GtkWidget* adBlockSwitch_ = nullptr;
+    GtkWidget* adBlockStatus_ = nullptr;
     GtkWidget* smoothSwitch_ = nullptr;
     GtkWidget* workspaceField_ = nullptr;
     GtkWidget* workspaceStatus_ = nullptr;

@@ -27,6 +27,13 @@ SitePermissionEditor::SitePermissionEditor(const SitePermissionRule& rule,
     gtk_box_append(GTK_BOX(root), row("Microphone", &SitePermissionRule::microphone));
     gtk_box_append(GTK_BOX(root), row("Location", &SitePermissionRule::location));
     gtk_box_append(GTK_BOX(root), row("Notifications", &SitePermissionRule::notifications));
+    GtkWidget* allowAds = gtk_check_button_new_with_label("Allow ads on this site");
+    setAccessibleLabel(allowAds, "Allow ads on this site");
+    gtk_check_button_set_active(GTK_CHECK_BUTTON(allowAds), rule_.allowAds);
+    gtk_box_append(GTK_BOX(root), allowAds);
+    signals_.connect(allowAds, "toggled", [this](GtkCheckButton* check) {
+        rule_.allowAds = gtk_check_button_get_active(check);
+    });
 
     GtkWidget* buttons = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 8);
     GtkWidget* apply = gtk_button_new_with_label("Apply");

@@ -10,8 +10,9 @@
 
 namespace ovel {
 
-// Four Ask / Allow / Block choices for one site, edited on a working copy that only "Apply"
-// hands on; "Reset" asks for the stored rule to go and leaves the choices as they are.
+// Four Ask / Allow / Block choices for one site and whether it may show ads, edited on a working
+// copy that only "Apply" hands on; "Reset" asks for the stored rule to go and leaves the choices
+// as they are.
 class SitePermissionEditor {
 public:
     SitePermissionEditor(const SitePermissionRule& rule,

@@ -93,6 +93,8 @@ struct SitePermissionRule {
     PermissionSetting microphone = PermissionSetting::Ask;
     PermissionSetting location = PermissionSetting::Ask;
     PermissionSetting notifications = PermissionSetting::Ask;
+    // The ad blocker leaves the site's pages alone. Stored only when set.
+    bool allowAds = false;
     bool operator==(const SitePermissionRule&) const = default;
 };
 

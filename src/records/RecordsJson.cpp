@@ -451,6 +451,9 @@ std::string encodeSitePermissions(const SitePermissionRules& rules) {
                         {"microphone", rawValue(rule.microphone)},
                         {"location", rawValue(rule.location)},
                         {"notifications", rawValue(rule.notifications)}};
+        if (rule.allowAds) {
+            object[host]["allowAds"] = true;
+        }
     }
     return dump(object);
 }
@@ -462,9 +465,14 @@ std::optional<SitePermissionRules> decodeSitePermissions(std::string_view blob) 
         }
         SitePermissionRules rules;
         for (const auto& [host, item] : document.items()) {
+            const auto allowAds = item.find("allowAds");
+            if (allowAds != item.end() && !allowAds->is_boolean()) {
+                throw ShapeError{};
+            }
             rules[host] = SitePermissionRule{
                 settingMember(item, "camera"), settingMember(item, "microphone"),
-                settingMember(item, "location"), settingMember(item, "notifications")};
+                settingMember(item, "location"), settingMember(item, "notifications"),
+                allowAds != item.end() && allowAds->get<bool>()};
         }
         return rules;
     });

@@ -161,6 +161,7 @@ void BrowserState::connectReactions() {
         // Pages read their notification permission from the engine, whichever profile set it.
         services_.engine.setNotificationPermissions(
             notificationPermissions(sitePermissionRules.get()));
+        attachAdBlockToAllTabs();
         if (savesCollections()) {
             saveSitePermissions(activeProfileID.get(), sitePermissionRules.get());
         }
@@ -212,18 +213,13 @@ void BrowserState::init() {
         }
     }
 
-    std::weak_ptr<BrowserState> weakState = weak_from_this();
-    MainQueue& mainQueue = services_.mainQueue;
-    services_.engine.compileContentRuleList(
-        adBlockListID, adBlockRuleListJSON,
-        [weakState, &mainQueue](std::shared_ptr<ContentRuleList> list) {
-            mainQueue.post([weakState, list = std::move(list)] {
-                if (auto state = weakState.lock()) {
-                    auto group = state->operation();
-                    state->adBlockList_ = list;
-                    state->applyAdBlockToAllTabs();
-                }
-            });
+    adBlockLoader_ = AdBlockListLoader::start(
+        services_.engine, services_.mainQueue, services_.filterLists,
+        [weakState = weak_from_this()](std::shared_ptr<ContentRuleList> list,
+                                       const AdBlockStatus& status) {
+            if (auto state = weakState.lock()) {
+                state->adBlockListChanged(std::move(list), status);
+            }
         });
 
     switchProfile(activeProfileID.get());
@@ -394,6 +390,10 @@ bool BrowserState::tabRequestsInternalPage(std::string_view address) {
 
 void BrowserState::tabWillNavigate(BrowserTab& tab, const Url& url) {
     configureUserScripts(tab, url);
+}
+
+void BrowserState::tabWillLoadPage(BrowserTab& tab, const Url& url) {
+    applyAdBlock(tab, url);
 }
 
 PermissionDecision BrowserState::tabRequestsMediaCapture(std::string_view host,

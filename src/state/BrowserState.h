@@ -1,6 +1,7 @@
 #pragma once
 
 #include "records/Records.h"
+#include "state/AdBlockListLoader.h"
 #include "state/TabList.h"
 #include "web/BrowserServices.h"
 #include "web/BrowserTab.h"
@@ -11,6 +12,7 @@
 #include "web/WebView.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -56,7 +58,7 @@ public:
     static constexpr std::string_view historyKeyBase = "ovel.history.v1";
     static constexpr std::string_view sitePermissionsKeyBase = "ovel.sitePermissions.v1";
     static constexpr std::string_view workspaceSnapshotsKeyBase = "ovel.workspaceSnapshots.v1";
-    static constexpr std::string_view adBlockListID = "ovel.adblock.rules";
+    static constexpr std::string_view adBlockListID = AdBlockListLoader::builtInListID;
 
     static constexpr std::size_t maxClosedTabs = 20;
     static constexpr std::size_t maxHistoryEntries = 500;
@@ -89,6 +91,8 @@ public:
     Field<BrowserTheme> theme{*notices_, BrowserTheme::Midnight};
     Field<SearchEngine> searchEngine{*notices_, SearchEngine::Google};
     Field<bool> adBlockEnabled{*notices_, false};
+    // What the blocker blocks with, whether or not it is on.
+    Field<AdBlockStatus> adBlockStatus{*notices_};
     Field<std::vector<WorkspaceSnapshot>> workspaceSnapshots{*notices_};
     Field<std::optional<Uuid>> dropTargetTabID{*notices_};
     Field<bool> dropInsertAfter{*notices_, false};
@@ -265,9 +269,14 @@ private:
                                 const std::vector<WorkspaceSnapshot>& list);
     std::vector<Bookmark> loadBookmarks(const std::string& profileID);
 
-    // Content blocking on one tab, or on all with the selected one loaded again under it.
+    // Content blocking on one tab for its page (or the page it is about to load), or on all
+    // with the selected one loaded again under it. A site whose rule allows ads has none.
+    void applyAdBlock(BrowserTab& tab, const std::optional<Url>& page);
     void applyAdBlock(BrowserTab& tab);
     void applyAdBlockToAllTabs();
+    void attachAdBlockToAllTabs();
+    bool adsAllowedOn(const std::optional<Url>& page) const;
+    void adBlockListChanged(std::shared_ptr<ContentRuleList> list, const AdBlockStatus& status);
     // The scripts the rule of the tab's site gives its page.
     void applyPasskeyPolicy(BrowserTab& tab);
     // Start pages on show take the new theme.
@@ -289,6 +298,7 @@ private:
     void tabDidReportDownload(const DownloadEvent& event) override;
     bool tabRequestsInternalPage(std::string_view address) override;
     void tabWillNavigate(BrowserTab& tab, const Url& url) override;
+    void tabWillLoadPage(BrowserTab& tab, const Url& url) override;
     PermissionDecision tabRequestsMediaCapture(std::string_view host,
                                                MediaCaptureType type) override;
     PermissionDecision tabRequestsSitePermission(std::string_view host,
@@ -301,6 +311,11 @@ private:
     std::vector<TabStore> closedTabs_;
     std::optional<Uuid> draggedTabID_;
     std::shared_ptr<ContentRuleList> adBlockList_;
+    std::shared_ptr<AdBlockListLoader> adBlockLoader_;
+    // Which list each tab's view has (the list's generation, 0 for none), so a navigation that
+    // keeps it does not attach it anew: the engine rebuilds a list's style sheet each time.
+    std::map<Uuid, unsigned> attachedAdBlock_;
+    unsigned adBlockListGeneration_ = 0;
     bool isBootstrapping_ = true;
     bool isSwitchingProfileState_ = false;
     // The id the active-profile reaction last acted on, to know which profile is leaving.

@@ -9,20 +9,59 @@
 
 namespace ovel {
 
-void BrowserState::applyAdBlock(BrowserTab& tab) {
+bool BrowserState::adsAllowedOn(const std::optional<Url>& page) const {
+    const std::optional<std::string> key = page ? siteRuleKey(*page) : std::nullopt;
+    const auto rule = key ? sitePermissionRules->find(*key) : sitePermissionRules->end();
+    return rule != sitePermissionRules->end() && rule->second.allowAds;
+}
+
+void BrowserState::applyAdBlock(BrowserTab& tab, const std::optional<Url>& page) {
+    const bool blocking = adBlockEnabled.get() && adBlockList_ && !adsAllowedOn(page);
+    const unsigned wanted = blocking ? adBlockListGeneration_ : 0;
+    const auto attached = attachedAdBlock_.find(tab.id());
+    if (attached != attachedAdBlock_.end() && attached->second == wanted) {
+        return;
+    }
     tab.mutableWebView().removeAllContentRuleLists();
-    if (adBlockEnabled.get() && adBlockList_) {
+    if (blocking) {
         tab.mutableWebView().addContentRuleList(*adBlockList_);
+    }
+    attachedAdBlock_[tab.id()] = wanted;
+    // Forget the tabs that have left the strip.
+    if (attachedAdBlock_.size() > 2 * tabs->size() + 8) {
+        std::erase_if(attachedAdBlock_,
+                      [this](const auto& entry) { return indexOfTab(entry.first) < 0; });
+    }
+}
+
+void BrowserState::applyAdBlock(BrowserTab& tab) {
+    applyAdBlock(tab, tab.webViewUrl());
+}
+
+void BrowserState::attachAdBlockToAllTabs() {
+    for (const auto& tab : tabs.get()) {
+        applyAdBlock(*tab);
     }
 }
 
 void BrowserState::applyAdBlockToAllTabs() {
     auto group = operation();
-    for (const auto& tab : tabs.get()) {
-        applyAdBlock(*tab);
-    }
+    attachAdBlockToAllTabs();
     if (const auto selected = selectedTab()) {
         selected->mutableWebView().reload();
+    }
+}
+
+void BrowserState::adBlockListChanged(std::shared_ptr<ContentRuleList> list,
+                                      const AdBlockStatus& status) {
+    auto group = operation();
+    adBlockStatus.set(status);
+    if (list) {
+        // The engine applies a list to the loads that follow: pages already open are covered
+        // from their next request on, without a reload.
+        adBlockList_ = std::move(list);
+        ++adBlockListGeneration_;
+        attachAdBlockToAllTabs();
     }
 }
 
@@ -55,7 +94,12 @@ std::string BrowserState::currentHost() const {
 void BrowserState::setCurrentSiteRule(const SitePermissionRule& rule) {
     auto group = operation();
     const std::string host = currentHost();
+    const bool allowedAds = currentSiteRule().allowAds;
     sitePermissionRules.modify([&](SitePermissionRules& rules) { rules[host] = rule; });
+    // The page on show loads again with or without its ads.
+    if (const auto tab = selectedTab(); tab && rule.allowAds != allowedAds) {
+        tab->mutableWebView().reload();
+    }
 }
 
 SitePermissionRule BrowserState::currentSiteRule() const {

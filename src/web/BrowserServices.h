@@ -4,6 +4,7 @@ namespace ovel {
 
 class Clock;
 class Desktop;
+class FilterListSource;
 class MainQueue;
 class SettingsStore;
 class UuidSource;
@@ -18,6 +19,8 @@ struct BrowserServices {
     Clock& clock;
     UuidSource& uuids;
     Desktop& desktop;
+    // The published ad and tracker lists; without them the blocker has its built-in rules.
+    FilterListSource* filterLists = nullptr;
 };
 
 } // namespace ovel

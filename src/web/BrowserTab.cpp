@@ -124,6 +124,14 @@ void BrowserTab::didStartProvisionalNavigation() {
     isLoading.set(true);
 }
 
+void BrowserTab::pageWillLoad(std::string_view url) {
+    NoticeQueue::Group group(*notices_);
+    const auto host = host_.lock();
+    if (const std::optional<Url> page = Url::fromEngine(url); page && host) {
+        host->tabWillLoadPage(*this, *page);
+    }
+}
+
 void BrowserTab::urlDidChange() {
     NoticeQueue::Group group(*notices_);
     noteChanged(TabField::Url);

@@ -147,6 +147,7 @@ private:
 
     // WebViewDelegate
     void didStartProvisionalNavigation() override;
+    void pageWillLoad(std::string_view url) override;
     void didFinishNavigation() override;
     void didFailNavigation(const std::optional<LoadFailure>& failure) override;
     void faviconDidChange() override;

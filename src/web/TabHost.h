@@ -33,6 +33,9 @@ public:
     virtual bool tabRequestsInternalPage(std::string_view address) = 0;
     // The tab is about to navigate to `url`: what that site's rules give the page is set now.
     virtual void tabWillNavigate(BrowserTab& tab, const Url& url) = 0;
+    // The tab's page is about to be replaced by the one at `url`: what that site's rules give
+    // the page's requests is set now.
+    virtual void tabWillLoadPage(BrowserTab& tab, const Url& url) = 0;
     // `host` is lower-cased; Prompt leaves the question to the user.
     virtual PermissionDecision tabRequestsMediaCapture(std::string_view host,
                                                        MediaCaptureType type) = 0;

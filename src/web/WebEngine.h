@@ -40,6 +40,15 @@ public:
     // has no rule-list store.
     virtual bool compileContentRuleList(std::string_view identifier, std::string_view json,
                                         CompletionHandler completion) = 0;
+    // The list compiled earlier under `identifier`, as compileContentRuleList hands it over;
+    // none when the store has none this engine can use. False, without a call, with no store.
+    virtual bool loadContentRuleList(std::string_view identifier, CompletionHandler completion) = 0;
+    using IdentifiersHandler = std::function<void(std::vector<std::string>)>;
+    // The identifiers of every list in the store. The handler may run on any thread; false,
+    // without a call, with no store.
+    virtual bool fetchContentRuleListIdentifiers(IdentifiersHandler completion) = 0;
+    // Deletes a compiled list from the store; views it is attached to keep it.
+    virtual void removeContentRuleList(std::string_view identifier) = 0;
 
     // What pages read as their notification permission, replacing what was set before.
     virtual void setNotificationPermissions(const NotificationPermissions& permissions) = 0;

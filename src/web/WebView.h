@@ -110,6 +110,9 @@ public:
     virtual ~WebViewDelegate() = default;
 
     virtual void didStartProvisionalNavigation() = 0;
+    // The page itself (not one of its frames) starts loading from `url`, or was redirected
+    // there, before any of its resources is asked for.
+    virtual void pageWillLoad(std::string_view url) = 0;
     virtual void didFinishNavigation() = 0;
     // The load ended without its page: `failure` says why, or is none when there is nothing to
     // show (the user stopped it, it became a download, the page's process went away).

@@ -143,33 +143,98 @@ std::optional<std::vector<std::string>> expandAlternations(std::string_view patt
     return out;
 }
 
+namespace {
+
+// The elements of a JSON array as their text, without parsing them; none when the text is not
+// an array. Only valid JSON is handed here.
+std::optional<std::vector<std::string_view>> arrayElements(std::string_view json) {
+    const std::size_t open = json.find_first_not_of(" \t\r\n");
+    if (open == std::string_view::npos || json[open] != '[') {
+        return std::nullopt;
+    }
+    std::vector<std::string_view> elements;
+    int depth = 0;
+    bool inString = false;
+    std::size_t start = open + 1;
+    for (std::size_t i = open; i < json.size(); ++i) {
+        const char c = json[i];
+        if (inString) {
+            if (c == '\\') {
+                ++i;
+            } else if (c == '"') {
+                inString = false;
+            }
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            ++depth;
+        } else if (c == ']' || c == '}') {
+            if (--depth == 0) {
+                elements.push_back(json.substr(start, i - start));
+                break;
+            }
+        } else if (c == ',' && depth == 1) {
+            elements.push_back(json.substr(start, i - start));
+            start = i + 1;
+        }
+    }
+    // "[]" and "[ ]" hold no element.
+    if (elements.size() == 1 &&
+        elements.front().find_first_not_of(" \t\r\n") == std::string_view::npos) {
+        elements.clear();
+    }
+    return elements;
+}
+
+// The rule, or one rule per alternative of its url-filter.
+void appendExpanded(std::string& out, std::string_view element) {
+    // Most rules hold no '|' at all and are copied as they are.
+    if (element.find('|') == std::string_view::npos) {
+        out.append(element);
+        return;
+    }
+    auto rule = nlohmann::json::parse(element);
+    const auto* filter =
+        rule.is_object() && rule.contains("trigger") && rule["trigger"].is_object() &&
+                rule["trigger"].contains("url-filter") && rule["trigger"]["url-filter"].is_string()
+            ? &rule["trigger"]["url-filter"].get_ref<const std::string&>()
+            : nullptr;
+    const auto patterns = filter != nullptr && filter->find('|') != std::string::npos
+                              ? expandAlternations(*filter)
+                              : std::nullopt;
+    if (!patterns) {
+        out.append(element);
+        return;
+    }
+    for (std::size_t i = 0; i < patterns->size(); ++i) {
+        auto copy = rule;
+        copy["trigger"]["url-filter"] = (*patterns)[i];
+        if (i > 0) {
+            out += ',';
+        }
+        out += copy.dump();
+    }
+}
+
+} // namespace
+
 std::string expandUrlFilterAlternations(std::string_view ruleListJson) {
-    auto rules = nlohmann::json::parse(ruleListJson, nullptr, false);
-    if (rules.is_discarded() || !rules.is_array()) {
+    // Checked without building the document: a list of the published filters is megabytes.
+    const auto elements =
+        nlohmann::json::accept(ruleListJson) ? arrayElements(ruleListJson) : std::nullopt;
+    if (!elements) {
         return std::string(ruleListJson);
     }
-    auto expanded = nlohmann::json::array();
-    for (auto& rule : rules) {
-        const auto* filter = rule.is_object() && rule.contains("trigger") &&
-                                     rule["trigger"].is_object() &&
-                                     rule["trigger"].contains("url-filter") &&
-                                     rule["trigger"]["url-filter"].is_string()
-                                 ? &rule["trigger"]["url-filter"].get_ref<const std::string&>()
-                                 : nullptr;
-        const auto patterns = filter != nullptr && filter->find('|') != std::string::npos
-                                  ? expandAlternations(*filter)
-                                  : std::nullopt;
-        if (!patterns) {
-            expanded.push_back(std::move(rule));
-            continue;
+    std::string expanded = "[";
+    expanded.reserve(ruleListJson.size() + 64);
+    for (std::size_t i = 0; i < elements->size(); ++i) {
+        if (i > 0) {
+            expanded += ',';
         }
-        for (const auto& pattern : *patterns) {
-            auto copy = rule;
-            copy["trigger"]["url-filter"] = pattern;
-            expanded.push_back(std::move(copy));
-        }
+        appendExpanded(expanded, (*elements)[i]);
     }
-    return expanded.dump();
+    expanded += ']';
+    return expanded;
 }
 
 } // namespace ovel

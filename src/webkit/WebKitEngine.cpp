@@ -13,7 +13,18 @@ namespace {
 struct PendingCompilation {
     std::string identifier;
     WebEngine::CompletionHandler completion;
+    // Rewritten away from the UI thread: the published lists' rules are megabytes.
+    std::string json;
+    GObjectRef<WebKitUserContentFilterStore> store;
 };
+
+std::shared_ptr<ContentRuleList> compiledList(const std::string& identifier,
+                                              WebKitUserContentFilter* filter) {
+    if (filter == nullptr) {
+        return nullptr;
+    }
+    return std::make_shared<WebKitContentRuleList>(identifier, filter);
+}
 
 void compilationDone(GObject* store, GAsyncResult* result, gpointer data) {
     std::unique_ptr<PendingCompilation> pending(static_cast<PendingCompilation*>(data));
@@ -21,13 +32,65 @@ void compilationDone(GObject* store, GAsyncResult* result, gpointer data) {
     auto* filter = webkit_user_content_filter_store_save_finish(
         WEBKIT_USER_CONTENT_FILTER_STORE(store), result, &error);
     g_clear_error(&error);
-    std::shared_ptr<ContentRuleList> list;
-    if (filter != nullptr) {
-        list = std::make_shared<WebKitContentRuleList>(pending->identifier, filter);
-    }
     if (pending->completion) {
-        pending->completion(std::move(list));
+        pending->completion(compiledList(pending->identifier, filter));
     }
+}
+
+void expandInThread(GTask* task, gpointer, gpointer data, GCancellable*) {
+    auto* pending = static_cast<PendingCompilation*>(data);
+    pending->json = expandUrlFilterAlternations(pending->json);
+    g_task_return_boolean(task, TRUE);
+}
+
+void expansionDone(GObject*, GAsyncResult* result, gpointer) {
+    auto* pending = static_cast<PendingCompilation*>(g_task_get_task_data(G_TASK(result)));
+    g_task_set_task_data(G_TASK(result), nullptr, nullptr);
+    auto* bytes = g_bytes_new(pending->json.data(), pending->json.size());
+    pending->json = std::string();
+    // The callback runs on the main thread and needs nothing of the engine, which may be gone.
+    webkit_user_content_filter_store_save(pending->store.get(), pending->identifier.c_str(), bytes,
+                                          nullptr, &compilationDone, pending);
+    g_bytes_unref(bytes);
+}
+
+struct PendingLoad {
+    std::string identifier;
+    WebEngine::CompletionHandler completion;
+};
+
+void loadDone(GObject* store, GAsyncResult* result, gpointer data) {
+    std::unique_ptr<PendingLoad> pending(static_cast<PendingLoad*>(data));
+    GError* error = nullptr;
+    auto* filter = webkit_user_content_filter_store_load_finish(
+        WEBKIT_USER_CONTENT_FILTER_STORE(store), result, &error);
+    g_clear_error(&error);
+    if (pending->completion) {
+        pending->completion(compiledList(pending->identifier, filter));
+    }
+}
+
+void identifiersFetched(GObject* store, GAsyncResult* result, gpointer data) {
+    std::unique_ptr<WebEngine::IdentifiersHandler> completion(
+        static_cast<WebEngine::IdentifiersHandler*>(data));
+    gchar** identifiers = webkit_user_content_filter_store_fetch_identifiers_finish(
+        WEBKIT_USER_CONTENT_FILTER_STORE(store), result);
+    std::vector<std::string> list;
+    for (gchar** identifier = identifiers; identifier != nullptr && *identifier != nullptr;
+         ++identifier) {
+        list.emplace_back(*identifier);
+    }
+    g_strfreev(identifiers);
+    if (*completion) {
+        (*completion)(std::move(list));
+    }
+}
+
+void removalDone(GObject* store, GAsyncResult* result, gpointer) {
+    GError* error = nullptr;
+    webkit_user_content_filter_store_remove_finish(WEBKIT_USER_CONTENT_FILTER_STORE(store), result,
+                                                   &error);
+    g_clear_error(&error);
 }
 
 // A tab opens the ovel: and chrome: addresses that name its own pages before WebKit sees
@@ -92,14 +155,40 @@ bool WebKitEngine::compileContentRuleList(std::string_view identifier, std::stri
     if (!filterStore_) {
         return false;
     }
-    const std::string source = expandUrlFilterAlternations(json);
-    auto bytes = g_bytes_new(source.data(), source.size());
-    auto* pending = new PendingCompilation{std::string(identifier), std::move(completion)};
-    // The callback runs on the main thread and needs nothing of the engine, which may be gone.
-    webkit_user_content_filter_store_save(filterStore_.get(), pending->identifier.c_str(), bytes,
-                                          nullptr, &compilationDone, pending);
-    g_bytes_unref(bytes);
+    auto* pending = new PendingCompilation{std::string(identifier), std::move(completion),
+                                           std::string(json), filterStore_};
+    GTask* task = g_task_new(nullptr, nullptr, &expansionDone, nullptr);
+    g_task_set_task_data(task, pending, nullptr);
+    g_task_run_in_thread(task, &expandInThread);
+    g_object_unref(task);
     return true;
+}
+
+bool WebKitEngine::loadContentRuleList(std::string_view identifier, CompletionHandler completion) {
+    if (!filterStore_) {
+        return false;
+    }
+    auto* pending = new PendingLoad{std::string(identifier), std::move(completion)};
+    webkit_user_content_filter_store_load(filterStore_.get(), pending->identifier.c_str(), nullptr,
+                                          &loadDone, pending);
+    return true;
+}
+
+bool WebKitEngine::fetchContentRuleListIdentifiers(IdentifiersHandler completion) {
+    if (!filterStore_) {
+        return false;
+    }
+    webkit_user_content_filter_store_fetch_identifiers(
+        filterStore_.get(), nullptr, &identifiersFetched,
+        new IdentifiersHandler(std::move(completion)));
+    return true;
+}
+
+void WebKitEngine::removeContentRuleList(std::string_view identifier) {
+    if (filterStore_) {
+        webkit_user_content_filter_store_remove(filterStore_.get(), std::string(identifier).c_str(),
+                                                nullptr, &removalDone, nullptr);
+    }
 }
 
 void WebKitEngine::setNotificationPermissions(const NotificationPermissions& permissions) {

@@ -39,6 +39,9 @@ public:
     std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) override;
     bool compileContentRuleList(std::string_view identifier, std::string_view json,
                                 CompletionHandler completion) override;
+    bool loadContentRuleList(std::string_view identifier, CompletionHandler completion) override;
+    bool fetchContentRuleListIdentifiers(IdentifiersHandler completion) override;
+    void removeContentRuleList(std::string_view identifier) override;
     void setNotificationPermissions(const NotificationPermissions& permissions) override;
 
     // An address a page is about to load from: its origin's notification permission is handed to

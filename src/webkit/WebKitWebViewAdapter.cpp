@@ -379,18 +379,27 @@ void WebKitWebViewAdapter::addUserScript(const UserScript& script) {
 
 // Engine events
 
+void WebKitWebViewAdapter::notePageWillLoad() {
+    // Load events are the main frame's: during a load the view's address is the one it loads.
+    if (const char* uri = webkit_web_view_get_uri(view_.get()); uri != nullptr && *uri != '\0') {
+        delegate_.pageWillLoad(uri);
+    }
+}
+
 void WebKitWebViewAdapter::onLoadChanged(WebKitWebView*, int event, WebKitWebViewAdapter* self) {
     switch (static_cast<WebKitLoadEvent>(event)) {
     case WEBKIT_LOAD_STARTED:
         self->startedUri_ = webkit_web_view_get_uri(self->view_.get()) != nullptr
                                 ? webkit_web_view_get_uri(self->view_.get())
                                 : "";
+        self->notePageWillLoad();
         self->hasEmptyTitle_ = false;
         ++self->titleQuery_;
         self->gate_.loadStarted();
         self->sequencer_.loadStarted();
         break;
     case WEBKIT_LOAD_REDIRECTED:
+        self->notePageWillLoad();
         break;
     case WEBKIT_LOAD_COMMITTED:
         self->hasEmptyTitle_ = false;

@@ -120,6 +120,8 @@ private:
                                 WebKitWebViewAdapter* self);
 
     void noteCommittedUri();
+    // Tells the delegate the address the page is loading from.
+    void notePageWillLoad();
     // The site-rule key of the page shown (siteRuleKey); empty when it has no host.
     std::string currentHost() const;
     void timedLoadExpired();

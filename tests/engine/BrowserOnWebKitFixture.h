@@ -61,7 +61,7 @@ protected:
     // Starts the browser on the settings, its selected tab shown in the window.
     void start() {
         state = BrowserState::create(
-            BrowserServices{settings, *engine, mainQueue, clock, uuids, desktop});
+            BrowserServices{settings, *engine, mainQueue, clock, uuids, desktop, filterLists});
         showSelectedTab();
         connections.add(
             state->selectionChanged.connect([this](const SelectionChange&) { showSelectedTab(); }));
@@ -147,6 +147,8 @@ protected:
     FakeClock clock;
     SequentialUuidSource uuids;
     FakeDesktop desktop;
+    // The published lists, when a test sets them before SetUp().
+    FilterListSource* filterLists = nullptr;
     std::shared_ptr<BrowserState> state;
     GtkWidget* window = nullptr;
     std::vector<std::string> log;

@@ -99,6 +99,7 @@ void FakeWebView::loadHTMLString(std::string_view html) {
 
 void FakeWebView::simulateNavigation(const std::string& url, std::optional<std::string> pageTitle) {
     delegate_.decidePolicy(NavigationAction{url, false});
+    delegate_.pageWillLoad(url);
     delegate_.didStartProvisionalNavigation();
     committed = true;
     currentUrl = url;
@@ -178,15 +179,38 @@ std::unique_ptr<WebView> FakeWebEngine::createWebView(WebViewDelegate& delegate)
 bool FakeWebEngine::compileContentRuleList(std::string_view identifier, std::string_view,
                                            CompletionHandler completion) {
     compiledIdentifier = identifier;
-    pendingCompletion = std::move(completion);
+    pendingCompilations.push_back({std::string(identifier), std::move(completion)});
     return true;
 }
 
 void FakeWebEngine::finishCompilation(bool succeeded) {
-    auto completion = std::exchange(pendingCompletion, nullptr);
-    if (completion) {
-        completion(succeeded ? std::make_shared<FakeContentRuleList>(compiledIdentifier) : nullptr);
+    if (pendingCompilations.empty()) {
+        return;
     }
+    Compilation compilation = std::move(pendingCompilations.front());
+    pendingCompilations.pop_front();
+    if (succeeded) {
+        storedLists.insert(compilation.identifier);
+    }
+    if (compilation.completion) {
+        compilation.completion(
+            succeeded ? std::make_shared<FakeContentRuleList>(compilation.identifier) : nullptr);
+    }
+}
+
+bool FakeWebEngine::loadContentRuleList(std::string_view identifier, CompletionHandler completion) {
+    const bool stored = storedLists.contains(std::string(identifier));
+    completion(stored ? std::make_shared<FakeContentRuleList>(std::string(identifier)) : nullptr);
+    return true;
+}
+
+bool FakeWebEngine::fetchContentRuleListIdentifiers(IdentifiersHandler completion) {
+    completion(std::vector<std::string>(storedLists.begin(), storedLists.end()));
+    return true;
+}
+
+void FakeWebEngine::removeContentRuleList(std::string_view identifier) {
+    storedLists.erase(std::string(identifier));
 }
 
 int FakeWebEngine::liveViewCount() const {

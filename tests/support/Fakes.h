@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -183,11 +184,16 @@ public:
     std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) override;
     bool compileContentRuleList(std::string_view identifier, std::string_view json,
                                 CompletionHandler completion) override;
+    // The store answers at once, from `storedLists`.
+    bool loadContentRuleList(std::string_view identifier, CompletionHandler completion) override;
+    bool fetchContentRuleListIdentifiers(IdentifiersHandler completion) override;
+    void removeContentRuleList(std::string_view identifier) override;
     void setNotificationPermissions(const NotificationPermissions& permissions) override {
         notificationPermissions = permissions;
     }
 
-    // Answers the pending compilation, with a list or (failed) with none.
+    // Answers the oldest pending compilation, with a list (kept in the store) or (failed) with
+    // none.
     void finishCompilation(bool succeeded);
 
     // Every view made so far, in creation order; a destroyed view's entry is null. A deque, so
@@ -195,8 +201,14 @@ public:
     std::deque<FakeWebView*> views;
     int liveViewCount() const;
 
+    // The compilation asked for last.
     std::string compiledIdentifier;
-    CompletionHandler pendingCompletion;
+    struct Compilation {
+        std::string identifier;
+        CompletionHandler completion;
+    };
+    std::deque<Compilation> pendingCompilations;
+    std::set<std::string> storedLists;
     NotificationPermissions notificationPermissions;
 };
 

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <vector>
 
@@ -65,6 +66,11 @@ std::vector<std::string> ProcessBrowser::environment() const {
     setVariable("XDG_DATA_HOME", root_ + "/data");
     setVariable("XDG_CACHE_HOME", root_ + "/cache");
     setVariable("DBUS_SESSION_BUS_ADDRESS", g_test_dbus_get_bus_address(bus_));
+    // Every run starts with an empty cache: left to find the system's ad and tracker lists, the
+    // browser would spend each one compiling them in the background.
+    if (std::getenv("OVEL_FILTER_LISTS") == nullptr) {
+        setVariable("OVEL_FILTER_LISTS", "");
+    }
     // Driven from outside through its accessibility tree, as a screen reader would.
     for (const std::string name : {"NO_AT_BRIDGE", "GTK_A11Y"}) {
         std::erase_if(environment, [&](const std::string& e) { return e.starts_with(name + "="); });

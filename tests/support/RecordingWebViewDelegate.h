@@ -38,6 +38,7 @@ public:
     std::size_t count(const std::string& eventPrefix) const;
 
     void didStartProvisionalNavigation() override { events.push_back("start"); }
+    void pageWillLoad(std::string_view) override {}
     void didFinishNavigation() override;
     void didFailNavigation(const std::optional<LoadFailure>& failure) override {
         events.push_back("fail");

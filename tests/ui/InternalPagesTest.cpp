@@ -50,9 +50,11 @@ TEST_F(InternalPagesTest, SettingsEditsTheRuleOfTheSelectedTabsHost) {
     // A segment changes only the editor's copy; Apply stores it under the current host.
     GtkWidget* camera = named(root, "Camera");
     EXPECT_TRUE(click(camera, "Block"));
+    gtk_check_button_set_active(GTK_CHECK_BUTTON(named(root, "Allow ads on this site")), true);
     EXPECT_EQ(state->sitePermissionRules->count("one.test"), 0u);
     EXPECT_TRUE(click(root, "Apply"));
-    EXPECT_EQ(state->sitePermissionRules->at("one.test"), (Rule{Block}));
+    EXPECT_EQ(state->sitePermissionRules->at("one.test"),
+              (Rule{.camera = Block, .allowAds = true}));
 
     state->selectTab(1);
     EXPECT_NE(findByName(root, "Site Permissions (two.test)"), nullptr) << "host lower-cased";
@@ -114,6 +116,8 @@ TEST_F(InternalPagesTest, SettingsPreferencesAndWorkspaceStatus) {
     EXPECT_EQ(gtk_drop_down_get_selected(GTK_DROP_DOWN(named(root, "Search"))), 2u);
     gtk_switch_set_active(GTK_SWITCH(named(root, "Ad Blocker")), true);
     EXPECT_TRUE(*state->adBlockEnabled);
+    EXPECT_NE(findByName(root, "Not blocking yet · the ad and tracker lists are not installed"),
+              nullptr);
     state->setSmoothAnimations(false);
     EXPECT_FALSE(gtk_switch_get_active(GTK_SWITCH(named(root, "Smooth Animations"))));
 

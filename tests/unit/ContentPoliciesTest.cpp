@@ -1,5 +1,6 @@
 #include "web/ContentPolicies.h"
 #include "support/BrowserFixture.h"
+#include "support/FakeFilterListSource.h"
 #include "web/StartPage.h"
 
 #include <set>
@@ -70,6 +71,89 @@ TEST_F(ContentPolicies, TheCompiledListFollowsTheSwitchAndReloadsOnlyTheSelected
     engine.finishCompilation(false);
     mainQueue.drain();
     EXPECT_FALSE(state->hasAdBlockList());
+    EXPECT_TRUE(viewAt(0).attachedRuleLists.empty());
+}
+
+// The browser started with the published lists on the system, blocking on.
+class PublishedLists : public BrowserFixture {
+protected:
+    BrowserState& launchWithLists() {
+        store.setBoolean(BrowserState::adBlockEnabledKey, true);
+        state.reset();
+        BrowserServices withLists = services();
+        withLists.filterLists = &lists;
+        state = BrowserState::create(withLists);
+        return *state;
+    }
+    std::vector<std::string> attached() { return viewAt(0).attachedRuleLists; }
+
+    FakeFilterListSource lists;
+};
+
+TEST_F(PublishedLists, TheFirstLaunchCompilesThemBehindTheBuiltInRulesWithoutAReload) {
+    launchWithLists();
+    showPage(0, "https://news.test/", "News");
+    engine.finishCompilation(true);
+    mainQueue.drain();
+    EXPECT_EQ(attached(), std::vector<std::string>{"ovel.adblock.rules"});
+    EXPECT_EQ(state->adBlockStatus->ruleCount, 2u);
+
+    lists.finishRead("abc");
+    mainQueue.drain();
+    EXPECT_EQ(state->adBlockStatus->lists, AdBlockStatus::Lists::Compiling);
+    EXPECT_EQ(lists.convertedLeadingRules, adBlockRuleListJSON) << "the built-in rules stay";
+    lists.finishConversion(120000);
+    EXPECT_EQ(engine.compiledIdentifier, "ovel.adblock.rules.lists-abc-120000");
+
+    const int reloads = viewAt(0).reloadCount;
+    engine.finishCompilation(true);
+    mainQueue.drain();
+    EXPECT_EQ(attached(), std::vector<std::string>{"ovel.adblock.rules.lists-abc-120000"});
+    EXPECT_EQ(viewAt(0).reloadCount, reloads) << "the next requests are blocked, not the page";
+    EXPECT_EQ(*state->adBlockStatus,
+              (AdBlockStatus{AdBlockStatus::Lists::Ready, 120000, true, Date{815000000}}));
+}
+
+TEST_F(PublishedLists, ALaterLaunchLoadsThemAndAnUpdateCompilesWhileTheLastOneBlocks) {
+    engine.storedLists = {"ovel.adblock.rules", "ovel.adblock.rules.lists-abc-120000"};
+    launchWithLists();
+    lists.finishRead("abc");
+    mainQueue.drain();
+    EXPECT_EQ(lists.conversions, 0);
+    EXPECT_EQ(attached(), std::vector<std::string>{"ovel.adblock.rules.lists-abc-120000"});
+    EXPECT_EQ(state->adBlockStatus->lists, AdBlockStatus::Lists::Ready);
+    engine.finishCompilation(true);
+
+    // The package was upgraded.
+    launchWithLists();
+    lists.finishRead("def");
+    mainQueue.drain();
+    engine.finishCompilation(true); // the built-in rules, too late to matter
+    mainQueue.drain();
+    EXPECT_EQ(attached(), std::vector<std::string>{"ovel.adblock.rules.lists-abc-120000"});
+    EXPECT_EQ(state->adBlockStatus->lists, AdBlockStatus::Lists::Compiling);
+    lists.finishConversion(121000);
+    engine.finishCompilation(true);
+    mainQueue.drain();
+    EXPECT_EQ(attached(), std::vector<std::string>{"ovel.adblock.rules.lists-def-121000"});
+    EXPECT_EQ(engine.storedLists,
+              (std::set<std::string>{"ovel.adblock.rules", "ovel.adblock.rules.lists-def-121000"}));
+}
+
+TEST_F(ContentPolicies, ASiteAllowedAdsLoadsWithoutTheList) {
+    store.setBoolean(BrowserState::adBlockEnabledKey, true);
+    launch();
+    engine.finishCompilation(true);
+    mainQueue.drain();
+    showPage(0, "https://ads.test/a", "A");
+    const int reloads = viewAt(0).reloadCount;
+    state->setCurrentSiteRule(SitePermissionRule{.allowAds = true});
+    EXPECT_TRUE(viewAt(0).attachedRuleLists.empty());
+    EXPECT_EQ(viewAt(0).reloadCount, reloads + 1) << "the page comes back with its ads";
+
+    showPage(0, "https://other.test/", "B");
+    EXPECT_EQ(viewAt(0).attachedRuleLists, std::vector<std::string>{"ovel.adblock.rules"});
+    showPage(0, "https://ADS.test/b", "A");
     EXPECT_TRUE(viewAt(0).attachedRuleLists.empty());
 }
 

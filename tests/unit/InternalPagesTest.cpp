@@ -1,4 +1,5 @@
 #include "presentation/InternalPages.h"
+#include "presentation/AdBlockStatusLine.h"
 #include "web/AddressResolution.h"
 
 #include <gtest/gtest.h>
@@ -41,6 +42,37 @@ TEST(InternalPages, DatesAreWrittenInTheGivenTimeZone) {
               "1 tab(s) \u2022 Nov 16, 2026, 9:45 PM");
     EXPECT_EQ(abbreviatedDateTime(Date::fromUnixSeconds(1767225600), "UTC"),
               "Jan 1, 2026, 12:00 AM");
+}
+
+TEST(InternalPages, TheAdBlockerSaysWhatItBlocksWith) {
+    using L = AdBlockStatus::Lists;
+    const Date nov12 = Date::fromUnixSeconds(1794477600); // 12 Nov 2026 10:00 UTC
+    const struct {
+        AdBlockStatus status;
+        bool enabled;
+        const char* line;
+    } cases[] = {
+        {{L::Ready, 98412, true, nov12}, true, "Blocking with 98,412 rules · lists of 12 Nov 2026"},
+        {{L::Ready, 1234567, true, nov12},
+         false,
+         "Off · 1,234,567 rules ready · lists of 12 Nov 2026"},
+        {{L::Compiling, 2, false, nov12},
+         true,
+         "Blocking with 2 built-in rules · compiling the lists of 12 Nov 2026"},
+        {{L::Missing, 2, false, std::nullopt},
+         true,
+         "Blocking with 2 built-in rules · the ad and tracker lists are not installed"},
+        {{L::Unreadable, 0, false, std::nullopt},
+         true,
+         "Not blocking yet · the ad and tracker lists cannot be read"},
+        {{L::Failed, 2, false, nov12},
+         false,
+         "Off · 2 built-in rules ready · the lists of 12 Nov 2026 could not be compiled"},
+        {{L::Reading, 0, false, std::nullopt}, false, "Off · reading the ad and tracker lists"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(adBlockStatusLine(c.status, c.enabled), c.line);
+    }
 }
 
 } // namespace

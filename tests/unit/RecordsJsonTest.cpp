@@ -25,9 +25,11 @@ TEST(RecordsJson, WritesTheStoredMemberNamesAndOmitsAbsentOptionals) {
 
     const json rules = json::parse(encodeSitePermissions(
         {{"maps.test", SitePermissionRule{PermissionSetting::Allow, PermissionSetting::Ask,
-                                          PermissionSetting::Block, PermissionSetting::Ask}}}));
+                                          PermissionSetting::Block, PermissionSetting::Ask}},
+         {"ads.test", SitePermissionRule{.allowAds = true}}}));
     EXPECT_EQ(rules, json::parse(R"({"maps.test":{"camera":"allow","microphone":"ask",
-              "location":"block","notifications":"ask"}})"));
+              "location":"block","notifications":"ask"},"ads.test":{"camera":"ask",
+              "microphone":"ask","location":"ask","notifications":"ask","allowAds":true}})"));
 
     const json snapshots = json::parse(encodeWorkspaceSnapshots(
         {WorkspaceSnapshot{"ID", "Work", Date{5}, 9, {TabStore{std::nullopt, true}}}}));
@@ -93,6 +95,10 @@ TEST(RecordsJson, AnyMisshapenRecordMakesTheWholeBlobUnreadable) {
         "location":"ask","notifications":"ask"}})"))
         << "an unknown enumeration string";
     EXPECT_FALSE(decodeSitePermissions(R"({"a.test":{"camera":"ask"}})"));
+    const std::string rule = R"({"a.test":{"camera":"ask","microphone":"ask","location":"ask",
+        "notifications":"ask","allowAds":)";
+    EXPECT_TRUE(decodeSitePermissions(rule + "true}}")->at("a.test").allowAds);
+    EXPECT_FALSE(decodeSitePermissions(rule + "\"yes\"}}")) << "allowAds is a boolean";
     const std::string entry =
         R"("id":"0A1B2C3D-0000-4000-8000-00000000000F","title":"t","url":"u","visitedAt":1)";
     for (const std::string& history : {
