@@ -13,4 +13,8 @@ namespace ovel {
 // one to show (a stop, or a load that became a download).
 std::optional<LoadFailure> loadFailureFor(const GError* error, std::string_view failingUri);
 
+// Whether a web address names a port WebKit will not connect to (the ports other services keep,
+// as browsers agree on them).
+bool usesPortWebKitRefuses(std::string_view uri);
+
 } // namespace ovel

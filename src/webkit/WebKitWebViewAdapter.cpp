@@ -182,8 +182,21 @@ void WebKitWebViewAdapter::adoptDownload(WebKitDownload* download) {
 // Loading
 
 void WebKitWebViewAdapter::load(const LoadRequest& request) {
-    requestLoad(request,
-                [this, url = request.url] { webkit_web_view_load_uri(view_.get(), url.c_str()); });
+    requestLoad(request, [this, url = request.url] {
+        // WebKit commits an empty page in place of an address on a port it refuses, an entry
+        // that Back cannot leave safely: such an address never reaches it, and fails here.
+        if (usesPortWebKitRefuses(url)) {
+            refusedLoadTimer_.start(std::chrono::milliseconds(0), [this, url] {
+                startedUri_ = url;
+                gate_.loadStarted();
+                sequencer_.loadStarted();
+                sequencer_.loadFailed(LoadFailure{LoadFailureKind::PortBlocked, url, {}});
+                gate_.loadEnded();
+            });
+            return;
+        }
+        webkit_web_view_load_uri(view_.get(), url.c_str());
+    });
 }
 
 void WebKitWebViewAdapter::requestLoad(const LoadRequest& request, std::function<void()> issue) {

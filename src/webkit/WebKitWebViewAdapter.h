@@ -140,6 +140,7 @@ private:
     GLibTimer titleTimer_;
     GLibTimer loadTimer_;
     GLibTimer heldLoadTimer_;
+    GLibTimer refusedLoadTimer_;
     LoadEventSequencer sequencer_;
     LoadGate gate_;
     WebKitPagePermissions permissions_;

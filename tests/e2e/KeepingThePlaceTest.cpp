@@ -46,6 +46,9 @@ TEST(KeepingThePlace, AFailedLoadSaysWhyAndALocalAddressGoesOverHttp) {
     EXPECT_TRUE(driver.exists("page tab", "127.0.0.1")) << driver.dump();
     EXPECT_TRUE(ProcessBrowser::waitUntil([&] { return storedFirstTab(browser, unanswered); }, 20s))
         << "the session keeps the address that failed";
+    ASSERT_TRUE(driver.click("push button", "Back"));
+    ASSERT_TRUE(driver.waitFor("page tab", "Alpha page", 30s)) << "Back from the failure\n"
+                                                               << driver.dump();
 
     const std::string local = "localhost:" + std::to_string(server.port()) + "/docs/index";
     ASSERT_TRUE(enterText(driver, "Address", local));
