@@ -16,7 +16,7 @@
 #include "app/ThreadedFilterListSource.h"
 #include "records/MemorySettingsStore.h"
 #include "state/BrowserState.h"
-#include "support/FakeDesktop.h"
+#include "support/Fakes.h"
 #include "support/LoopbackServer.h"
 #include "web/ContentPolicies.h"
 #include "webkit/WebKitContentRuleList.h"

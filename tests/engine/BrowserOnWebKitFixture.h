@@ -2,15 +2,12 @@
 
 #include "FreshEngine.h"
 #include "TestPages.h"
-#include "app/GioDesktop.h"
 #include "app/GlibMainQueue.h"
 #include "records/MemorySettingsStore.h"
 #include "state/BrowserState.h"
-#include "support/FakeClock.h"
-#include "support/GtkTestEnvironment.h"
-#include "support/GtkWait.h"
+#include "support/Fakes.h"
 #include "support/LoopbackServer.h"
-#include "support/SequentialUuidSource.h"
+#include "support/TestEnvironment.h"
 #include "web/BrowserTab.h"
 #include "webkit/WebKitEngine.h"
 #include "webkit/WebKitWebViewAdapter.h"
@@ -27,26 +24,7 @@
 
 namespace ovel::test {
 
-// The browser's own file tests on the real file system, with a Downloads folder the test
-// chooses (GLib reads the user's folders once per process, so a test cannot steer them) and
-// notifications logged instead of shown (and nothing revealed).
-class FolderDesktop : public GioDesktop {
-public:
-    std::optional<std::string> downloadsFolder() override { return downloads; }
-    void revealFile(std::string_view) override {}
-    void showNotification(const DesktopNotification& notification) override {
-        shownNotifications.push_back(notification);
-    }
-    void withdrawNotification(std::string_view id) override {
-        withdrawnNotifications.emplace_back(id);
-    }
-
-    std::optional<std::string> downloads;
-    std::vector<DesktopNotification> shownNotifications;
-    std::vector<std::string> withdrawnNotifications;
-};
-
-// The browser's state and tabs on the real engine: WebKit, the GLib main queue, and the real file
+// The browser's state and tabs on the real engine: WebKit, the GLib main queue and the real file
 // system, with fresh folders (Downloads among them) and a
 // loopback server per test. The window shows the selected tab. A derived fixture that wants the
 // browser to start from stored settings writes them into `settings` before calling SetUp().
@@ -67,14 +45,6 @@ protected:
     }
 
     void TearDown() override {
-        if (HasFailure()) {
-            std::string events;
-            for (const auto& event : engineEvents) {
-                events += "\n  " + event;
-            }
-            ADD_FAILURE() << "WebKit reported of the first tab:" << events;
-        }
-        forgetWatchedView();
         connections.disconnectAll();
         state.reset();
         gtk_window_destroy(GTK_WINDOW(window));
@@ -83,19 +53,9 @@ protected:
 
     // Quits and starts the browser again on the same settings, as at the next launch.
     void relaunch() {
-        forgetWatchedView();
         connections.disconnectAll();
         state.reset();
         start();
-    }
-
-    void forgetWatchedView() {
-        if (watchedView != nullptr) {
-            g_signal_handlers_disconnect_by_data(watchedView, this);
-            g_object_remove_weak_pointer(G_OBJECT(watchedView),
-                                         reinterpret_cast<gpointer*>(&watchedView));
-            watchedView = nullptr;
-        }
     }
 
     // Starts the browser on the settings, its selected tab shown in the window.
@@ -138,9 +98,7 @@ protected:
         }
     }
 
-    // Logs the first tab's loading flag, title and back/forward availability as they change,
-    // and WebKit's load events for the message of a failed test (failures are not among them:
-    // the adapter handles load-failed, which stops the signal).
+    // Logs the first tab's loading flag, title and back/forward availability as they change.
     void watchTab() {
         BrowserTab& watched = tab();
         connections.add(watched.changed.connect([this, &watched](TabFields fields) {
@@ -154,21 +112,6 @@ protected:
                 log.push_back(watched.isLoading.get() ? "loading" : "loaded");
             }
         }));
-        watchedView = webKitView(watched);
-        // A test may close the watched tab: its view then goes before the fixture does.
-        g_object_add_weak_pointer(G_OBJECT(watchedView), reinterpret_cast<gpointer*>(&watchedView));
-        g_signal_connect(watchedView, "load-changed", G_CALLBACK(&noteLoadChanged), this);
-        g_signal_connect(watchedView, "web-process-terminated", G_CALLBACK(&noteTermination), this);
-    }
-
-    static void noteLoadChanged(WebKitWebView* view, WebKitLoadEvent event, BrowserOnWebKit* self) {
-        static const char* const names[] = {"started", "redirected", "committed", "finished"};
-        const char* uri = webkit_web_view_get_uri(view);
-        self->engineEvents.push_back(std::string(names[event]) + " " + (uri ? uri : "-"));
-    }
-    static void noteTermination(WebKitWebView*, WebKitWebProcessTerminationReason reason,
-                                BrowserOnWebKit* self) {
-        self->engineEvents.push_back("web process ended (" + std::to_string(int(reason)) + ")");
     }
 
     std::string takeLog() { return joined(std::exchange(log, {})); }
@@ -196,22 +139,20 @@ protected:
         return joined(entries);
     }
 
-    GtkTestEnvironment environment;
+    TestEnvironment environment;
     LoopbackServer server;
     MemorySettingsStore settings;
     std::unique_ptr<WebKitEngine> engine;
     GlibMainQueue mainQueue;
     FakeClock clock;
     SequentialUuidSource uuids;
-    FolderDesktop desktop;
+    FakeDesktop desktop;
     // The published lists, when a test sets them before SetUp().
     FilterListSource* filterLists = nullptr;
     std::shared_ptr<BrowserState> state;
     GtkWidget* window = nullptr;
     std::vector<std::string> log;
     Connections connections;
-    WebKitWebView* watchedView = nullptr;
-    std::vector<std::string> engineEvents;
 };
 
 } // namespace ovel::test

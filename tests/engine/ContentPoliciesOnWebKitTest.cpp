@@ -3,8 +3,6 @@
 #include "app/ThreadedFilterListSource.h"
 #include "web/ContentPolicies.h"
 
-#include <nlohmann/json.hpp>
-
 namespace ovel::test {
 namespace {
 
@@ -35,38 +33,6 @@ TEST_F(AdBlockingOnWebKit, AdScriptsNeverReachTheServerUntilBlockingIsOff) {
     state->setAdBlockEnabled(false);
     ASSERT_TRUE(waitUntilIdle(tab()));
     EXPECT_EQ(server.requestCount("/ads.js"), 1);
-}
-
-TEST_F(ContentPoliciesOnWebKit, ImageRuleBlocksImagesOnlyOnTheDomainsItNames) {
-    // The browser's own list, its image rule aimed at this server's pages: WebKit matches
-    // "if-domain" against the host of the page, here 127.0.0.1.
-    auto rules = nlohmann::json::parse(adBlockRuleListJSON);
-    rules.at(1).at("trigger")["if-domain"] = nlohmann::json::array({"127.0.0.1"});
-    std::shared_ptr<ContentRuleList> list;
-    bool compiled = false;
-    ASSERT_TRUE(engine->compileContentRuleList("test.images", rules.dump(), [&](auto result) {
-        list = std::move(result);
-        compiled = true;
-    }));
-    ASSERT_TRUE(waitUntil([&] { return compiled; }));
-    ASSERT_NE(list, nullptr);
-    webViewOf(tab()).removeAllContentRuleLists();
-    webViewOf(tab()).addContentRuleList(*list);
-
-    server.serve("/photo.gif", {200, "image/gif", "GIF89a", {}});
-    server.serve("/app.js", emptyScript);
-    server.serveHtml("/gallery",
-                     titled("Gallery", "<img src='/photo.gif'><script src='/app.js'></script>"));
-
-    state->openURL(server.url("/gallery"));
-    ASSERT_TRUE(waitUntilShowing(tab(), server.url("/gallery")));
-    EXPECT_EQ(server.requestCount("/app.js"), 1);
-    EXPECT_EQ(server.requestCount("/photo.gif"), 0);
-
-    // The same page on another site shows its image.
-    state->openURL(server.localhostUrl("/gallery"));
-    ASSERT_TRUE(waitUntilShowing(tab(), server.localhostUrl("/gallery")));
-    EXPECT_EQ(server.requestCount("/photo.gif"), 1);
 }
 
 // Blocking with published lists in the lists' own syntax, read from a folder of the test's

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/GtkWait.h"
+#include "support/TestEnvironment.h"
 
 #include <webkit/webkit.h>
 

@@ -2,10 +2,9 @@
 
 #include "FreshEngine.h"
 #include "TestPages.h"
-#include "support/GtkTestEnvironment.h"
-#include "support/GtkWait.h"
 #include "support/LoopbackServer.h"
 #include "support/RecordingWebViewDelegate.h"
+#include "support/TestEnvironment.h"
 #include "webkit/WebKitEngine.h"
 #include "webkit/WebKitWebViewAdapter.h"
 
@@ -70,7 +69,7 @@ protected:
         return *pages.back();
     }
 
-    GtkTestEnvironment environment;
+    TestEnvironment environment;
     LoopbackServer server;
     std::unique_ptr<WebKitEngine> engine;
     GtkWidget* window = nullptr;

@@ -1,12 +1,7 @@
 #pragma once
 
 #include "state/BrowserState.h"
-#include "support/FakeClock.h"
-#include "support/FakeDesktop.h"
-#include "support/FakeWebEngine.h"
-#include "support/ManualMainQueue.h"
-#include "support/RecordingSettingsStore.h"
-#include "support/SequentialUuidSource.h"
+#include "support/Fakes.h"
 #include "web/BrowserTab.h"
 
 #include <gtest/gtest.h>
@@ -65,12 +60,16 @@ protected:
     }
 
     // The strip by the tabs' titles, as "T1p T2 [T3]": p marks a pinned tab, brackets the
-    // selected one.
+    // selected one. A tab whose page has not come yet shows the address it asked for, or "new".
     std::string strip() const {
         std::string text;
         for (std::size_t i = 0; i < state->tabs->size(); ++i) {
             const BrowserTab& tab = *state->tabs.get()[i];
-            std::string name = tab.title.get() + (tab.isPinned.get() ? "p" : "");
+            const FakeWebView& view = viewOf(tab);
+            std::string name = view.committed               ? tab.title.get()
+                               : !view.loadRequests.empty() ? view.loadRequests.back().url
+                                                            : "new";
+            name += tab.isPinned.get() ? "p" : "";
             if (static_cast<int>(i) == state->selectedIndex.get()) {
                 name = "[" + name + "]";
             }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "state/BrowserState.h"
 #include "records/Records.h"
+#include "state/BrowserState.h"
 
 #include <cstdio>
 #include <string>

@@ -1,17 +1,19 @@
 #include "chrome/BrowserCommands.h"
-#include "chrome/KeyboardShortcutsWindow.h"
+#include "chrome/SignInDialog.h"
 #include "support/BrowserFixture.h"
-#include "support/GtkWait.h"
+#include "support/TestEnvironment.h"
 #include "support/ViewFixture.h"
 
+#include <adwaita.h>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
-
-#include <algorithm>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-namespace ovel {
+namespace ovel::test {
 namespace {
 
 // One registered application for the whole suite: GTK registers an application once per
@@ -58,14 +60,8 @@ TEST_F(BrowserCommandsTest, CommandsActOnTheStateAndTheSelectedTab) {
     activate("command-palette");
     EXPECT_TRUE(state->showCommandPalette.get());
 
-    activate("new-tab");
-    activate("new-tab");
-    ASSERT_EQ(state->tabs->size(), 3u);
-    EXPECT_EQ(state->selectedIndex.get(), 2);
-    activate("close-tab");
-    EXPECT_EQ(state->tabs->size(), 2u);
-    activate("reopen-closed-tab");
-    EXPECT_EQ(state->tabs->size(), 3u);
+    state->newTab();
+    state->newTab();
     activate("close-other-tabs");
     EXPECT_EQ(state->tabs->size(), 1u);
 
@@ -86,67 +82,39 @@ TEST_F(BrowserCommandsTest, CommandsActOnTheStateAndTheSelectedTab) {
     EXPECT_TRUE(g_action_group_get_action_enabled(G_ACTION_GROUP(application_), "print"));
 }
 
-class ShortcutsWindowTest : public test::ViewFixture {
-protected:
-    void SetUp() override {
-        test::ViewFixture::SetUp();
-        application_ = application();
-        commands_ = std::make_unique<BrowserCommands>(application_, *state);
-    }
-    void TearDown() override {
-        commands_.reset();
-        test::ViewFixture::TearDown();
-    }
+using SignInDialogTest = ViewFixture;
+using Given = std::optional<std::pair<std::string, std::string>>;
 
-    GtkApplication* application_ = nullptr;
-    std::unique_ptr<BrowserCommands> commands_;
-};
-
-TEST_F(ShortcutsWindowTest, ListsEveryAcceleratorThatWorks) {
-    GtkWindow* window = KeyboardShortcutsWindow::create();
-    // Every shortcut the window's sections list, as "title: accelerators" (the window's search
-    // page holds copies of them, left out).
-    std::vector<std::string> listed;
-    for (GtkWidget* section : widgetsWhere(
-             GTK_WIDGET(window), [](GtkWidget* w) { return GTK_IS_SHORTCUTS_SECTION(w) != 0; })) {
-        for (GtkWidget* shortcut : widgetsWhere(
-                 section, [](GtkWidget* w) { return GTK_IS_SHORTCUTS_SHORTCUT(w) != 0; })) {
-            char* title = nullptr;
-            char* accelerator = nullptr;
-            g_object_get(shortcut, "title", &title, "accelerator", &accelerator, nullptr);
-            listed.push_back(std::string(title) + ": " + (accelerator ? accelerator : ""));
-            g_free(title);
-            g_free(accelerator);
+TEST_F(SignInDialogTest, AnswersOnceWithTheFieldsOrWithNothing) {
+    struct Case {
+        const char* response;
+        Given expected;
+    };
+    const std::vector<Case> cases = {
+        {"sign-in", std::make_pair(std::string("ann"), std::string("sesame"))},
+        {"cancel", std::nullopt},
+        {nullptr, std::nullopt}, // closed without an answer
+    };
+    GtkWindow* parent = show(gtk_label_new("page"), 600, 400);
+    for (const Case& c : cases) {
+        std::vector<Given> answers;
+        GtkWindow* dialog = SignInDialog::present(parent, "vault.test", "The Vault",
+                                                  [&](Given given) { answers.push_back(given); });
+        ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(dialog)); }, 5s));
+        GtkWidget* root = GTK_WIDGET(dialog);
+        EXPECT_NE(findByName(root, "Sign in to vault.test"), nullptr);
+        EXPECT_NE(findByName(root, "The site says: The Vault"), nullptr);
+        gtk_editable_set_text(GTK_EDITABLE(findByName(root, "User name")), "ann");
+        gtk_editable_set_text(GTK_EDITABLE(findByName(root, "Password")), "sesame");
+        if (c.response != nullptr) {
+            adw_message_dialog_response(ADW_MESSAGE_DIALOG(dialog), c.response);
         }
+        gtk_window_destroy(dialog);
+        runMainLoopFor(50ms);
+        ASSERT_EQ(answers.size(), 1u) << (c.response ? c.response : "closed");
+        EXPECT_EQ(answers[0], c.expected);
     }
-
-    // Every menu command with a shortcut, by the accelerators installed for it, and the keys
-    // outside the menu.
-    std::vector<std::string> expected;
-    for (const BrowserCommand& command : browserCommands) {
-        const std::string action = "app." + std::string(command.action);
-        char** accelerators = gtk_application_get_accels_for_action(application_, action.c_str());
-        if (accelerators[0] != nullptr) {
-            expected.push_back(std::string(command.title) + ": " + accelerators[0]);
-        }
-        g_strfreev(accelerators);
-    }
-    for (const KeyShortcut& shortcut : keyOnlyShortcuts) {
-        expected.push_back(std::string(shortcut.title) + ": " + std::string(shortcut.accelerators));
-    }
-    std::sort(listed.begin(), listed.end());
-    std::sort(expected.begin(), expected.end());
-    EXPECT_EQ(listed, expected);
-    EXPECT_EQ(std::count(listed.begin(), listed.end(), "Next Tab: <Control>Tab <Control>Page_Down"),
-              1);
-
-    gtk_window_set_default_size(window, 1100, 700);
-    gtk_window_present(window);
-    ASSERT_TRUE(test::waitUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(window)); }));
-    test::runMainLoopFor(std::chrono::milliseconds(500));
-    EXPECT_FALSE(saveScreenshot(GTK_WIDGET(window), "keyboard-shortcuts").empty());
-    gtk_window_destroy(window);
 }
 
 } // namespace
-} // namespace ovel
+} // namespace ovel::test

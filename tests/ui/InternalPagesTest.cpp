@@ -9,7 +9,6 @@
 #include "pages/SitePermissionEditor.h"
 #include "support/ViewFixture.h"
 
-#include <set>
 #include <tuple>
 
 namespace ovel::test {
@@ -24,19 +23,8 @@ protected:
             loadCss("internal-pages.css");
             loaded = true;
         }
-        useTheme(nightTheme);
     }
 
-    GtkWidget* find(GtkWidget* root, const std::string& name) {
-        GtkWidget* widget = findControl(root, name);
-        EXPECT_NE(widget, nullptr) << "no control named " << name;
-        return widget;
-    }
-    static std::set<GtkWidget*> historyRows(GtkWidget* root) {
-        const auto rows = widgetsWhere(
-            root, [](GtkWidget* w) { return gtk_widget_has_css_class(w, "ovel-history-row"); });
-        return {rows.begin(), rows.end()};
-    }
     static bool shown(GtkWidget* widget) {
         return widget != nullptr && gtk_widget_is_visible(widget);
     }
@@ -60,9 +48,9 @@ TEST_F(InternalPagesTest, SettingsEditsTheRuleOfTheSelectedTabsHost) {
     EXPECT_EQ(page.permissionEditor().rule(), Rule{});
 
     // A segment changes only the editor's copy; Apply stores it under the current host.
-    GtkWidget* camera = find(root, "Camera");
+    GtkWidget* camera = named(root, "Camera");
     EXPECT_TRUE(click(camera, "Block"));
-    gtk_check_button_set_active(GTK_CHECK_BUTTON(find(root, "Allow ads on this site")), true);
+    gtk_check_button_set_active(GTK_CHECK_BUTTON(named(root, "Allow ads on this site")), true);
     EXPECT_EQ(state->sitePermissionRules->count("one.test"), 0u);
     EXPECT_TRUE(click(root, "Apply"));
     EXPECT_EQ(state->sitePermissionRules->at("one.test"),
@@ -87,8 +75,8 @@ TEST_F(InternalPagesTest, SettingsProfileControls) {
     OvelSettingsPageNative page(*state);
     show(page.widget());
     GtkWidget* root = page.widget();
-    GtkWidget* remove = find(root, "Delete");
-    GtkWidget* rename = find(root, "Rename profile");
+    GtkWidget* remove = named(root, "Delete");
+    GtkWidget* rename = named(root, "Rename profile");
     const std::string firstName = state->activeProfileName();
     EXPECT_EQ(gtk_editable_get_text(GTK_EDITABLE(rename)), firstName);
     EXPECT_FALSE(gtk_widget_get_sensitive(remove)) << "one profile cannot be deleted";
@@ -96,7 +84,7 @@ TEST_F(InternalPagesTest, SettingsProfileControls) {
     EXPECT_TRUE(click(root, "New"));
     ASSERT_EQ(state->profiles->size(), 2u);
     EXPECT_TRUE(gtk_widget_get_sensitive(remove));
-    auto* picker = GTK_DROP_DOWN(find(root, "Active Profile"));
+    auto* picker = GTK_DROP_DOWN(named(root, "Active Profile"));
     EXPECT_EQ(state->profiles.get()[gtk_drop_down_get_selected(picker)].id,
               *state->activeProfileID);
 
@@ -122,20 +110,21 @@ TEST_F(InternalPagesTest, SettingsPreferencesAndWorkspaceStatus) {
     OvelSettingsPageNative page(*state);
     show(page.widget());
     GtkWidget* root = page.widget();
-    gtk_drop_down_set_selected(GTK_DROP_DOWN(find(root, "Theme")), 2);
+    gtk_drop_down_set_selected(GTK_DROP_DOWN(named(root, "Theme")), 2);
     EXPECT_EQ(*state->theme, BrowserTheme::Sunrise);
     state->setSearchEngine(SearchEngine::Bing);
-    EXPECT_EQ(gtk_drop_down_get_selected(GTK_DROP_DOWN(find(root, "Search"))), 2u);
-    gtk_switch_set_active(GTK_SWITCH(find(root, "Ad Blocker")), true);
+    EXPECT_EQ(gtk_drop_down_get_selected(GTK_DROP_DOWN(named(root, "Search"))), 2u);
+    gtk_switch_set_active(GTK_SWITCH(named(root, "Ad Blocker")), true);
     EXPECT_TRUE(*state->adBlockEnabled);
     EXPECT_NE(findByName(root, "Not blocking yet · the ad and tracker lists are not installed"),
               nullptr);
     state->setSmoothAnimations(false);
-    EXPECT_FALSE(gtk_switch_get_active(GTK_SWITCH(find(root, "Smooth Animations"))));
+    EXPECT_FALSE(gtk_switch_get_active(GTK_SWITCH(named(root, "Smooth Animations"))));
 
     EXPECT_NE(findByName(root, "No saved workspaces yet."), nullptr);
     EXPECT_TRUE(click(root, "Save Current Tabs"));
-    EXPECT_NE(findByName(root, "Latest: Workspace 1 (1 tabs)"), nullptr);
+    EXPECT_TRUE(click(root, "Save Current Tabs"));
+    EXPECT_NE(findByName(root, "Latest: Workspace 2 (1 tabs)"), nullptr);
 }
 
 TEST_F(InternalPagesTest, HistoryShowsFiveHundredEntriesWithFewRowsAndHearsOneVisitAsOneInsert) {
@@ -149,10 +138,6 @@ TEST_F(InternalPagesTest, HistoryShowsFiveHundredEntriesWithFewRowsAndHearsOneVi
     EXPECT_NE(findByName(root, "500 entries"), nullptr);
     EXPECT_EQ(g_list_model_get_n_items(page.model()), 500u);
 
-    // GTK 4.8's list view keeps a fixed window of at most 205 rows around what is on screen.
-    const std::set<GtkWidget*> before = historyRows(root);
-    EXPECT_GT(before.size(), 0u);
-    EXPECT_LE(before.size(), 205u) << "only the rows around the screen are made";
     EXPECT_NE(findByName(root, "Page 499"), nullptr) << "newest first";
 
     std::vector<std::tuple<guint, guint, guint>> changes;
@@ -168,11 +153,6 @@ TEST_F(InternalPagesTest, HistoryShowsFiveHundredEntriesWithFewRowsAndHearsOneVi
         << "the visit goes in at the top and the oldest entry drops out at the bottom";
     runMainLoopFor(50ms);
     EXPECT_NE(findByName(root, "Newest"), nullptr);
-    const std::set<GtkWidget*> after = historyRows(root);
-    std::vector<GtkWidget*> kept;
-    std::set_intersection(before.begin(), before.end(), after.begin(), after.end(),
-                          std::back_inserter(kept));
-    EXPECT_GE(kept.size() + 2, before.size()) << "the rows are kept, not made again";
 
     // A row opens its stored address in the selected tab.
     EXPECT_TRUE(click(root, "Page 499"));
@@ -196,24 +176,29 @@ TEST_F(InternalPagesTest, DownloadCardsShowTheButtonsOfTheirStatusAndStayPut) {
     ASSERT_NE(card, nullptr);
     EXPECT_FALSE(shown(findByName(page.widget(), "No downloads yet.")));
 
-    // Which buttons a status has is the unit tests' to check; here, that the card follows.
-    const auto visible = [&] {
+    const auto visible = [&](GtkWidget* of) {
         std::vector<std::string> names;
         for (const char* name : {"Pause", "Resume", "Cancel", "Open In Finder", "Retry"}) {
-            if (shown(findByName(card, name))) {
+            if (shown(findByName(of, name))) {
                 names.emplace_back(name);
             }
         }
         return names;
     };
-    EXPECT_EQ(visible(), (std::vector<std::string>{"Pause", "Cancel"}));
+    EXPECT_EQ(visible(card), (std::vector<std::string>{"Pause", "Cancel"}));
+    state->pauseDownload(state->downloads->front());
+    EXPECT_EQ(visible(card), (std::vector<std::string>{"Resume", "Cancel"}));
     transfer->fail("Refused");
     mainQueue.drain();
     EXPECT_EQ(page.cardFor(report), card) << "the same card, updated";
-    EXPECT_EQ(visible(), std::vector<std::string>{"Retry"});
+    EXPECT_EQ(visible(card), std::vector<std::string>{"Retry"});
     EXPECT_TRUE(shown(findByName(card, "Failed")));
     EXPECT_TRUE(click(card, "Retry"));
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/report");
+    viewAt(0).simulateDownload("done.zip")->finish();
+    mainQueue.drain();
+    EXPECT_EQ(visible(page.cardFor(state->downloads->front().id)),
+              std::vector<std::string>{"Open In Finder"});
 
     state->clearDownloads();
     EXPECT_EQ(page.cardFor(report), nullptr);
@@ -232,7 +217,7 @@ TEST_F(InternalPagesTest, WorkspacesAndAboutFollowTheState) {
     GtkWidget* row = workspaces.rowFor(first.id);
     ASSERT_NE(row, nullptr);
     EXPECT_NE(findByName(row, "Workspace 1"), nullptr);
-    GtkWidget* field = find(root, "Workspace name");
+    GtkWidget* field = named(root, "Workspace name");
     gtk_editable_set_text(GTK_EDITABLE(field), "Research");
     g_signal_emit_by_name(field, "activate");
     EXPECT_STREQ(gtk_editable_get_text(GTK_EDITABLE(field)), "");
@@ -251,55 +236,6 @@ TEST_F(InternalPagesTest, WorkspacesAndAboutFollowTheState) {
     }
     EXPECT_TRUE(click(about.widget(), "Open Downloads"));
     EXPECT_EQ(*state->selectedTab()->displayAddress, "ovel://downloads");
-}
-
-// A page of its own, kept alive by what is returned; `widget` is its widget tree.
-template <typename Page> std::shared_ptr<void> makePage(BrowserState& state, GtkWidget*& widget) {
-    auto page = std::make_shared<Page>(state);
-    widget = page->widget();
-    return page;
-}
-
-// Every page with some data in it, in two themes, into build/artifacts/.
-TEST_F(InternalPagesTest, Screenshots) {
-    state->createProfile(); // switches to the new profile, which the data below goes into
-    showPage(0, "https://news.example.org/today", "Today's <b>news</b> & more");
-    showPage(0, "https://docs.example.com/guide/getting-started", "Getting started");
-    state->createWorkspaceSnapshot("Research");
-    state->newTab();
-    showPage(1, "https://maps.example.net/", "Maps");
-    state->createWorkspaceSnapshot("Work & play");
-    state->setCurrentSiteRule(Rule{Allow, Block});
-    viewAt(1).simulateDownload("movie.mp4");
-    viewAt(1).simulateDownload("paper.pdf");
-    viewAt(1).simulateDownload("photos.zip")->finish();
-    viewAt(1).simulateDownload("broken.iso")->fail("Refused");
-    mainQueue.drain();
-    state->pauseDownload(state->downloads.get()[2]);
-
-    const struct {
-        const char* name;
-        std::shared_ptr<void> (*make)(BrowserState&, GtkWidget*&);
-    } pages[] = {
-        {"settings", &makePage<OvelSettingsPageNative>},
-        {"downloads", &makePage<OvelDownloadsPageNative>},
-        {"history", &makePage<OvelHistoryPageNative>},
-        {"workspaces", &makePage<OvelWorkspacesPageNative>},
-        {"about", &makePage<OvelAboutPageNative>},
-    };
-    for (const TestTheme& theme : testThemes) {
-        useTheme(theme);
-        for (const auto& page : pages) {
-            GtkWidget* widget = nullptr;
-            const auto kept = page.make(*state, widget);
-            show(widget, 1000, 900);
-            runMainLoopFor(600ms);
-            EXPECT_FALSE(saveScreenshot(widget, std::string("page-") + page.name + "-" + theme.name)
-                             .empty());
-            gtk_window_destroy(window_);
-            window_ = nullptr;
-        }
-    }
 }
 
 } // namespace

@@ -16,7 +16,6 @@ protected:
     void SetUp() override {
         ViewFixture::SetUp();
         loadCss("sheets.css");
-        useTheme(nightTheme);
         state->createWorkspaceSnapshot("Reading");
         showPage(0, "https://news.example.com/", "Morning News");
         state->newTab();
@@ -43,11 +42,6 @@ protected:
     }
 
     GtkWidget* focus() const { return gtk_root_get_focus(GTK_ROOT(window_)); }
-    GtkWidget* named(GtkWidget* root, const std::string& name) {
-        GtkWidget* found = findByName(root, name);
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
     // Presses `key` as the widget's own key handler (the first on it) receives it.
     static bool press(GtkWidget* widget, guint key) {
         GListModel* controllers = gtk_widget_observe_controllers(widget);
@@ -196,28 +190,6 @@ TEST_F(SheetsTest, PaletteOpensTheOverviewOverItselfAndTheBackdropClosesIt) {
     EXPECT_FALSE(state->showTabOverview.get());
     EXPECT_FALSE(gtk_widget_get_visible(host->widget()));
     EXPECT_TRUE(hasFocus(behind));
-}
-
-TEST_F(SheetsTest, Screenshots) {
-    for (int i = 0; i < 12; ++i) {
-        state->newTab();
-        showPage(state->selectedIndex.get(), "https://site" + std::to_string(i) + ".example/",
-                 "Page number " + std::to_string(i));
-    }
-    for (const TestTheme& theme : testThemes) {
-        useTheme(theme);
-        state->setShowCommandPalette(true);
-        settle();
-        EXPECT_FALSE(
-            saveScreenshot(GTK_WIDGET(window_), std::string("command-palette-") + theme.name)
-                .empty());
-        state->setShowCommandPalette(false);
-        state->setShowTabOverview(true);
-        settle();
-        EXPECT_FALSE(
-            saveScreenshot(GTK_WIDGET(window_), std::string("tab-overview-") + theme.name).empty());
-        state->setShowTabOverview(false);
-    }
 }
 
 } // namespace

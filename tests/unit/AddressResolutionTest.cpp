@@ -57,58 +57,60 @@ TEST(AddressResolution, SearchQueriesKeepQueryPunctuation) {
               "https://www.bing.com/search?q=100%25%20%231%20%22%C3%BC%22");
 }
 
-TEST(AddressResolution, InternalRoutesAndTheirAliases) {
-    struct Case {
-        const char* typed;
-        const char* canonical; // null: not internal
-        const char* title;
-    };
-    const Case cases[] = {
-        {"ovel://newtab", "ovel://newtab", "New Tab"},
-        {"chrome://start", "ovel://newtab", "New Tab"},
-        {"OVEL://Home", "ovel://newtab", "New Tab"},
-        {"ovel://settings", "ovel://settings", "Settings"},
-        {"ovel://downloads", "ovel://downloads", "Downloads"},
-        {"Chrome://History", "ovel://history", "History"},
-        {"ovel://sessions", "ovel://workspaces", "Workspaces"},
-        {"ovel://workspaces", "ovel://workspaces", "Workspaces"},
-        {"ovel://version", "ovel://about", "About Ovel Web"},
-        {"ovel://settings/", nullptr, nullptr},
-        {"ovel://settings?x", nullptr, nullptr},
-        {"ovel://unknown", nullptr, nullptr},
-        {"settings", nullptr, nullptr},
-    };
-    for (const Case& c : cases) {
-        const auto route = internalRouteFor(c.typed);
-        if (c.canonical == nullptr) {
-            EXPECT_FALSE(route) << c.typed;
-        } else {
-            ASSERT_TRUE(route) << c.typed;
-            EXPECT_EQ(route->canonicalAddress, c.canonical) << c.typed;
-            EXPECT_EQ(route->title, c.title) << c.typed;
-        }
-    }
-}
-
 using OpenURL = LaunchedBrowser;
 
-TEST_F(OpenURL, InternalPagesAreShownInTheSelectedTab) {
-    showPage(0, "https://a.test/", "A");
-    state->openURL("  chrome://SETTINGS ");
-    auto tab = state->selectedTab();
-    EXPECT_EQ(tab->displayAddress.get(), "ovel://settings");
-    EXPECT_EQ(tab->title.get(), "Settings");
-    EXPECT_EQ(state->addressText.get(), "ovel://settings");
-    EXPECT_TRUE(viewAt(0).loadRequests.empty()) << "the web view keeps its page";
-    state->newTab();
-    EXPECT_EQ(state->addressText.get(), "") << "a new tab has no address";
-    state->selectTab(0);
-    EXPECT_EQ(state->addressText.get(), "ovel://settings") << "not the page under it";
-
-    state->openURL("chrome://newtab");
-    EXPECT_EQ(tab->displayAddress.get(), "ovel://newtab");
-    EXPECT_EQ(tab->title.get(), "New Tab");
-    EXPECT_EQ(viewAt(0).htmlLoads.size(), 2u) << "the start page is loaded under it";
+// One tab through internal pages, a web page and home: what it shows and what it loads.
+TEST_F(OpenURL, InternalPagesAreShownInTheSelectedTabOverWhatItLoaded) {
+    struct Step {
+        const char* what;
+        std::function<void()> act;
+        const char* displayAddress; // null: none
+        const char* title;          // null: whatever the page says
+        const char* addressText;
+        std::size_t webLoads;
+        std::size_t htmlLoads;
+    };
+    const Step steps[] = {
+        {"settings over the start page", [&] { state->openURL("  chrome://SETTINGS "); },
+         "ovel://settings", "Settings", "ovel://settings", 0, 1},
+        {"a theme chosen there leaves the user there",
+         [&] { state->setTheme(BrowserTheme::Ocean); }, "ovel://settings", "Settings",
+         "ovel://settings", 0, 1},
+        {"a new tab has no address", [&] { state->newTab(); }, "ovel://settings", "Settings", "", 0,
+         1},
+        {"back to the tab, its page's address", [&] { state->selectTab(0); }, "ovel://settings",
+         "Settings", "ovel://settings", 0, 1},
+        {"a web page leaves the internal page",
+         [&] {
+             state->openURL("https://a.test/");
+             showPage(0, "https://a.test/", "A");
+         },
+         nullptr, "A", "https://a.test/", 1, 1},
+        {"the start page loads under its own address", [&] { state->openURL("chrome://newtab"); },
+         "ovel://newtab", "New Tab", "ovel://newtab", 1, 2},
+        {"home clears the address",
+         [&] {
+             state->openURL("ovel://history");
+             state->openHome();
+         },
+         nullptr, nullptr, "", 1, 3},
+        {"back on the start page, the next theme shows there",
+         [&] { state->setTheme(BrowserTheme::Citrus); }, nullptr, nullptr, "", 1, 4},
+    };
+    for (const Step& step : steps) {
+        step.act();
+        const BrowserTab& tab = *state->tabs.get()[0];
+        EXPECT_EQ(tab.displayAddress.get(), step.displayAddress
+                                                ? std::optional<std::string>(step.displayAddress)
+                                                : std::nullopt)
+            << step.what;
+        EXPECT_EQ(step.title ? tab.title.get() : "", step.title ? step.title : "") << step.what;
+        EXPECT_EQ(state->addressText.get(), step.addressText) << step.what;
+        EXPECT_EQ(viewAt(0).loadRequests.size(), step.webLoads) << step.what;
+        EXPECT_EQ(viewAt(0).htmlLoads.size(), step.htmlLoads) << step.what;
+    }
+    EXPECT_EQ(viewAt(0).htmlLoads[2], startPageHTML(BrowserTheme::Ocean)) << "home in the theme";
+    EXPECT_EQ(viewAt(0).htmlLoads[3], startPageHTML(BrowserTheme::Citrus));
 }
 
 TEST_F(OpenURL, AddressesLoadAndSearchesUseTheChosenEngine) {
@@ -156,16 +158,6 @@ TEST_F(OpenURL, ATypedHostThatHasNoHttpsFallsBackToHttpOnce) {
         EXPECT_EQ(viewAt(0).loadRequests.size(), loads) << typed;
         EXPECT_EQ(state->addressText.get(), failing);
     }
-}
-
-TEST_F(OpenURL, HomeShowsTheStartPageAndClearsTheAddress) {
-    state->setTheme(BrowserTheme::Aurora);
-    showPage(0, "https://a.test/", "A");
-    state->openURL("ovel://history");
-    state->openHome();
-    EXPECT_FALSE(state->selectedTab()->displayAddress->has_value());
-    EXPECT_EQ(state->addressText.get(), "");
-    EXPECT_EQ(viewAt(0).htmlLoads.back(), startPageHTML(BrowserTheme::Aurora));
 }
 
 } // namespace

@@ -2,7 +2,10 @@
 #include "records/RecordsJson.h"
 #include "support/BrowserFixture.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace ovel::test {
 namespace {
@@ -15,15 +18,6 @@ protected:
 };
 
 using BrowserTabNavigation = BrowserTabTest;
-using BrowserTabPolicies = BrowserTabTest;
-
-TEST_F(BrowserTabNavigation, LoadingLeavesInternalPagesWithTheSixtySecondTimeout) {
-    state->openURL("ovel://settings");
-    state->openURL("https://a.test/");
-    EXPECT_FALSE(tab().displayAddress->has_value());
-    ASSERT_EQ(view().loadRequests.size(), 1u);
-    EXPECT_EQ(view().loadRequests[0].timeout, std::chrono::seconds(60));
-}
 
 TEST_F(BrowserTabNavigation, ProgressIsReadWhenTheMainQueueRunsAndNeverAfterTheTabIsGone) {
     view().simulateProgress(0.3);
@@ -88,17 +82,143 @@ TEST_F(BrowserTabNavigation, ATypedAddressThatBecomesADownloadLeavesThePageAddre
     EXPECT_EQ(state->addressText.get(), "https://a.test/");
 }
 
-TEST_F(BrowserTabPolicies, InternalLinksOpenInPlaceAndOtherActionsAreAllowedOrDownloaded) {
-    WebViewDelegate& delegate = view().delegate();
-    EXPECT_EQ(delegate.decidePolicy(NavigationAction{"ovel://settings", false}),
-              NavigationActionPolicy::Cancel);
-    EXPECT_EQ(tab().displayAddress.get(), "ovel://settings");
-    EXPECT_EQ(delegate.decidePolicy(NavigationAction{"CHROME://nowhere", false}),
-              NavigationActionPolicy::Allow);
-    EXPECT_EQ(delegate.decidePolicy(NavigationAction{"https://a.test/f.zip", true}),
-              NavigationActionPolicy::Download);
-    EXPECT_EQ(delegate.decidePolicy(NavigationResponse{false}), NavigationResponsePolicy::Download);
-    EXPECT_EQ(delegate.decidePolicy(NavigationResponse{true}), NavigationResponsePolicy::Allow);
+// A page's request for a new window, answered with a fake view from the fake engine.
+TEST_F(BrowserTabNavigation, ZoomStaysInItsBoundsWithItsTabAndFindLooksForTrimmedText) {
+    state->adjustZoom(+1.0);
+    EXPECT_EQ(view().zoom, 2.0);
+    state->newTab();
+    state->adjustZoom(-1.0);
+    EXPECT_EQ(view().zoom, 0.75);
+    EXPECT_EQ(viewAt(0).zoom, 2.0);
+    state->selectTab(0);
+    state->resetZoom();
+    EXPECT_EQ(viewAt(0).zoom, 1.1);
+    EXPECT_EQ(viewAt(1).zoom, 0.75);
+
+    for (const char* text : {"  NEEDLE  ", " \n ", "thimble"}) {
+        state->setFindText(text);
+        state->runFind();
+    }
+    EXPECT_EQ(view().findRequests, (std::vector<std::string>{"NEEDLE", "thimble"}));
+}
+
+class FakeNewWebViewRequest : public NewWebViewRequest {
+public:
+    FakeNewWebViewRequest(FakeWebEngine& engine, std::string url)
+        : engine_(engine), url_(std::move(url)) {}
+    std::optional<std::string> url() const override { return url_; }
+    std::unique_ptr<WebView> createWebView(WebViewDelegate& delegate) override {
+        ++made;
+        return engine_.createWebView(delegate);
+    }
+    int made = 0;
+
+private:
+    FakeWebEngine& engine_;
+    std::string url_;
+};
+
+class NewTabsFromPages : public BrowserFixture {
+protected:
+    void SetUp() override {
+        launchFresh();
+        // Four tabs, a, b, c, d; b is selected.
+        showPage(0, "https://a.test/", "a");
+        for (const char* host : {"b", "c", "d"}) {
+            state->openInNewTab(std::string("https://") + host + ".test/");
+            showPage(state->selectedIndex.get(), std::string("https://") + host + ".test/", host);
+        }
+        state->selectTab(1);
+    }
+
+    WebViewDelegate& delegateAt(int index) { return viewAt(index).delegate(); }
+
+    void middleClick(int index, const std::string& url, unsigned button = 2, bool control = false) {
+        NavigationAction click{url, false, true, button, control};
+        EXPECT_EQ(delegateAt(index).decidePolicy(click), NavigationActionPolicy::Cancel);
+    }
+};
+
+// A new window of the page and the context menu's link are the end-to-end tests' to place.
+TEST_F(NewTabsFromPages, MiddleAndControlClickedLinksOpenBehindNextToTheirPageInOrder) {
+    middleClick(1, "https://x.test/");
+    EXPECT_EQ(strip(), "a [b] https://x.test/ c d");
+    middleClick(1, "https://y.test/", 1, true);
+    EXPECT_EQ(strip(), "a [b] https://x.test/ https://y.test/ c d");
+}
+
+TEST_F(NewTabsFromPages, AnAdoptedViewIsTheTabsOwnAndLoadsNothingOfItsOwn) {
+    FakeNewWebViewRequest request(engine, "https://w.test/");
+    ASSERT_TRUE(delegateAt(1).createWebViewForNewTab(request));
+    FakeWebView& adopted = viewAt(2);
+    EXPECT_TRUE(adopted.loadRequests.empty());
+    EXPECT_TRUE(adopted.htmlLoads.empty()) << "no start page over what the engine loads";
+    adopted.simulateNavigation("https://w.test/", "w");
+    EXPECT_EQ(state->addressText.get(), "https://w.test/");
+    EXPECT_EQ(state->tabs->size(), 5u);
+    EXPECT_EQ(state->tabs.get()[2]->openerID(), state->tabs.get()[1]->id());
+}
+
+TEST_F(NewTabsFromPages, PlainClicksAndInternalAddressesStayInThePage) {
+    for (const NavigationAction& action : {
+             NavigationAction{"https://x.test/", false, true, 1, false},
+             NavigationAction{"https://x.test/", false, false, 2, false},
+             NavigationAction{"ovel://settings", false, true, 2, false},
+         }) {
+        EXPECT_NE(delegateAt(1).decidePolicy(action), NavigationActionPolicy::Download);
+        EXPECT_EQ(state->tabs->size(), 4u) << *action.url;
+    }
+}
+
+TEST_F(NewTabsFromPages, AClosedPagesLinksAreDropped) {
+    WebViewDelegate& closing = delegateAt(3);
+    FakeWebView& view = viewAt(3);
+    auto keep = state->tabs.get()[3]; // the engine may still call while the tab is going
+    state->closeTab(3);
+    view.delegate().openLinkInNewTab("https://x.test/");
+    FakeNewWebViewRequest request(engine, "https://w.test/");
+    EXPECT_FALSE(closing.createWebViewForNewTab(request));
+    EXPECT_EQ(request.made, 0);
+    EXPECT_EQ(state->tabs->size(), 3u);
+}
+
+TEST_F(NewTabsFromPages, ACrashedPageIsFlaggedUntilItLoadsAgain) {
+    std::vector<TabFields> heard;
+    Connections connections;
+    connections.add(state->tabChanged.connect(
+        [&](const BrowserTab&, TabFields fields) { heard.push_back(fields); }));
+    BrowserTab& tab = *state->selectedTab();
+    struct Step {
+        const char* what;
+        std::function<void()> act;
+        bool crashed;
+        bool unresponsive;
+    };
+    const std::vector<Step> steps = {
+        {"hangs", [&] { viewAt(1).delegate().webProcessResponsivenessDidChange(false); }, false,
+         true},
+        {"answers again", [&] { viewAt(1).delegate().webProcessResponsivenessDidChange(true); },
+         false, false},
+        {"crashes", [&] { viewAt(1).delegate().webProcessDidTerminate(); }, true, false},
+        {"a crashed page does not hang",
+         [&] { viewAt(1).delegate().webProcessResponsivenessDidChange(false); }, true, false},
+        {"reload", [&] { state->reload(); }, false, false},
+        {"crashes again", [&] { viewAt(1).delegate().webProcessDidTerminate(); }, true, false},
+        {"a new address", [&] { state->openURL("https://e.test/"); }, false, false},
+    };
+    for (const Step& step : steps) {
+        heard.clear();
+        const bool wasShown = tab.hasCrashed.get() || tab.isUnresponsive.get();
+        step.act();
+        EXPECT_EQ(tab.hasCrashed.get(), step.crashed) << step.what;
+        EXPECT_EQ(tab.isUnresponsive.get(), step.unresponsive) << step.what;
+        const bool heardCrash = std::any_of(heard.begin(), heard.end(), [](TabFields fields) {
+            return fields.has(TabField::Crashed);
+        });
+        // Views hear of it whenever the message would come or go, and only then.
+        EXPECT_EQ(heardCrash, wasShown != (step.crashed || step.unresponsive)) << step.what;
+    }
+    EXPECT_EQ(viewAt(1).reloadCount, 1) << "the reload reached the page";
 }
 
 } // namespace

@@ -1,16 +1,13 @@
 #include "support/BrowserFixture.h"
+#include "web/ContentPolicies.h"
 #include "web/DownloadNaming.h"
+#include "web/ErrorPage.h"
 
+#include <gtest/gtest.h>
 #include <set>
 
 namespace ovel::test {
 namespace {
-
-// A suggested download name and the destination it must get.
-struct NameCase {
-    std::string suggested;
-    std::string expected;
-};
 
 class DownloadNaming : public ::testing::Test {
 protected:
@@ -35,7 +32,10 @@ TEST_F(DownloadNaming, NumbersGoBeforeTheLastExtension) {
 
 TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
     const std::string longName(300, 'x');
-    const NameCase cases[] = {
+    // Continuation bytes with no first byte are invalid UTF-8; the cap cuts them where it falls.
+    const std::string stray(300, '\x80');
+    // Suggested names and the destinations they must get.
+    const std::pair<std::string, std::string> cases[] = {
         {"..", "/dl/download"},
         {"a/../..", "/dl/download"},
         {"/etc/passwd", "/dl/passwd"},
@@ -45,9 +45,14 @@ TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
         {"..\\..\\windows.ini", "/dl/windows.ini"},
         {longName + ".pdf", "/dl/" + std::string(maxDownloadFileNameBytes - 4, 'x') + ".pdf"},
         {" . ", "/dl/download"},
+        {stray, "/dl/" + std::string(maxDownloadFileNameBytes, '\x80')},
+        {"." + stray, "/dl/." + std::string(maxDownloadFileNameBytes - 1, '\x80')},
+        {".." + stray, "/dl/.." + std::string(maxDownloadFileNameBytes - 2, '\x80')},
+        {stray + ".pdf", "/dl/" + std::string(maxDownloadFileNameBytes - 4, '\x80') + ".pdf"},
+        {std::string(300, '.') + std::string(40, 'x'), "/dl/download"},
     };
-    for (const NameCase& c : cases) {
-        EXPECT_EQ(unique(c.suggested), c.expected) << c.suggested;
+    for (const auto& [suggested, expected] : cases) {
+        EXPECT_EQ(unique(suggested), expected) << suggested;
     }
     taken = {"/dl/" + std::string(maxDownloadFileNameBytes - 4, 'x') + ".pdf"};
     const std::string numbered = unique(longName + ".pdf");
@@ -62,21 +67,6 @@ TEST_F(DownloadNaming, HostileNamesStayInsideTheFolder) {
     const std::string capped = safeDownloadFileName(accents);
     EXPECT_LE(capped.size(), maxDownloadFileNameBytes);
     EXPECT_EQ(capped.size() % 2, 0u);
-}
-
-TEST_F(DownloadNaming, CuttingStrayBytesStillLeavesAName) {
-    // Continuation bytes with no first byte are invalid UTF-8; the cap cuts them where it falls.
-    const std::string stray(300, '\x80');
-    const NameCase cases[] = {
-        {stray, "/dl/" + std::string(maxDownloadFileNameBytes, '\x80')},
-        {"." + stray, "/dl/." + std::string(maxDownloadFileNameBytes - 1, '\x80')},
-        {".." + stray, "/dl/.." + std::string(maxDownloadFileNameBytes - 2, '\x80')},
-        {stray + ".pdf", "/dl/" + std::string(maxDownloadFileNameBytes - 4, '\x80') + ".pdf"},
-        {std::string(300, '.') + std::string(40, 'x'), "/dl/download"},
-    };
-    for (const NameCase& c : cases) {
-        EXPECT_EQ(unique(c.suggested), c.expected) << c.suggested.substr(0, 3);
-    }
 }
 
 using DownloadsList = LaunchedBrowser;
@@ -130,6 +120,80 @@ TEST_F(DownloadsList, ListOperationsChangeOnlyTheEntry) {
     EXPECT_EQ(desktop.revealed, std::vector<std::string>{"/home/user/Downloads/B.bin"});
     state->retryDownload(state->downloads.get()[0]);
     EXPECT_EQ(viewAt(0).loadRequests.back().url, "https://src.test/");
+}
+
+constexpr auto ask = PermissionSetting::Ask;
+constexpr auto allow = PermissionSetting::Allow;
+constexpr auto block = PermissionSetting::Block;
+
+using DesktopIntegration = LaunchedBrowser;
+
+TEST_F(DesktopIntegration, TheEngineHearsTheNotificationRulesOfTheActiveProfile) {
+    EXPECT_EQ(engine.notificationPermissions, NotificationPermissions{});
+    // Hosts by their notification setting alone, sorted; the ones that ask are left out.
+    for (const auto& [host, notifications] : {std::pair{"news.test", allow},
+                                              {"cam.test", ask},
+                                              {"ads.test", block},
+                                              {"a.test", allow}}) {
+        showPage(0, std::string("https://") + host + "/", host);
+        state->setCurrentSiteRule({block, allow, block, notifications});
+    }
+    EXPECT_EQ(engine.notificationPermissions,
+              (NotificationPermissions{{"a.test", "news.test"}, {"ads.test"}}));
+    state->setCurrentSiteRule({ask, ask, ask, block});
+    EXPECT_EQ(engine.notificationPermissions,
+              (NotificationPermissions{{"news.test"}, {"a.test", "ads.test"}}));
+
+    // A fresh profile has no rules: nothing stays decided for its pages.
+    state->createProfile();
+    EXPECT_EQ(engine.notificationPermissions, NotificationPermissions{});
+}
+
+TEST_F(DesktopIntegration, APageNotificationGoesToTheDesktopUnderItsTab) {
+    state->newTab();
+    const BrowserTab& second = *state->tabs.get().at(1);
+    WebViewDelegate& page = viewAt(1).delegate();
+    page.pageDidShowNotification({7, "<b>Mail</b>", "2 new"});
+    page.pageDidShowNotification({8, "Chat", ""});
+    page.pageDidCloseNotification(7);
+
+    ASSERT_EQ(desktop.shownNotifications.size(), 2u);
+    const DesktopNotification first = desktop.shownNotifications[0];
+    EXPECT_EQ(first, (DesktopNotification{first.id, "<b>Mail</b>", "2 new", second.id()}));
+    EXPECT_NE(first.id, desktop.shownNotifications[1].id);
+    EXPECT_EQ(desktop.withdrawnNotifications, std::vector<std::string>{first.id});
+    // Another tab's notification of the same number is a different one.
+    viewAt(0).delegate().pageDidShowNotification({7, "Other", ""});
+    EXPECT_NE(desktop.shownNotifications.back().id, first.id);
+}
+
+TEST_F(DesktopIntegration, FullScreenFollowsTheShownPageOnly) {
+    state->newTab();
+    struct Step {
+        int tab;
+        bool fullscreen;
+        bool expected;
+    };
+    // Tab 1 is selected; tab 0 is in the background.
+    const Step steps[] = {
+        {0, true, false}, {1, true, true}, {0, false, false}, {1, true, true}, {1, false, false}};
+    for (const Step& step : steps) {
+        viewAt(step.tab).delegate().pageDidChangeFullscreen(step.fullscreen);
+        EXPECT_EQ(state->pageFullscreen.get(), step.expected)
+            << "tab " << step.tab << (step.fullscreen ? " enters" : " leaves");
+    }
+    viewAt(1).delegate().pageDidChangeFullscreen(true);
+    state->selectTab(0);
+    EXPECT_FALSE(state->pageFullscreen.get()) << "the page in full screen was left behind";
+}
+
+TEST(CertificateErrorPage, NamesTheHostAndTheProblemAsPlainText) {
+    const std::string page =
+        certificateErrorPageHTML("evil.test\"><script>x</script>", "Expired & <revoked>");
+    EXPECT_NE(page.find("evil.test&quot;&gt;&lt;script&gt;x&lt;/script&gt;"), std::string::npos);
+    EXPECT_NE(page.find("Expired &amp; &lt;revoked&gt;"), std::string::npos);
+    EXPECT_EQ(page.find("<script>"), std::string::npos) << "nothing of the network runs";
+    EXPECT_NE(page.find("Not a secure connection"), std::string::npos);
 }
 
 } // namespace

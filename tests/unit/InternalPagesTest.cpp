@@ -1,69 +1,47 @@
 #include "presentation/InternalPages.h"
 #include "presentation/AdBlockStatusLine.h"
+#include "web/AddressResolution.h"
 
 #include <gtest/gtest.h>
 
 namespace ovel {
 namespace {
 
-TEST(InternalPages, DisplayAddressesRouteToPagesByLetterCaseAndAliasOnly) {
-    using P = InternalPage;
+// Typed text opens an internal page by any letter case and through its aliases; a tab's own
+// address names its page. Both match the whole text, and chrome:// is only ever typed.
+TEST(InternalPages, AddressesLeadToPagesInAnyLetterCaseAndOnlyWhole) {
     const struct {
-        std::optional<std::string> address;
+        std::optional<std::string> text;
+        const char* route; // what typing it opens; empty: no internal page
         std::optional<InternalPage> page;
     } cases[] = {
-        {"ovel://settings", P::Settings},
-        {"OVEL://Settings", P::Settings},
-        {"ovel://downloads", P::Downloads},
-        {"ovel://history", P::History},
-        {"ovel://workspaces", P::Workspaces},
-        {"ovel://Sessions", P::Workspaces},
-        {"ovel://about", P::About},
-        {"ovel://VERSION", P::About},
-        {"ovel://newtab", std::nullopt},
-        {"ovel://settings/", std::nullopt},
-        {"ovel://history?q=1", std::nullopt},
-        {" ovel://about", std::nullopt},
-        {"chrome://settings", std::nullopt},
-        {"https://example.com/", std::nullopt},
-        {"", std::nullopt},
-        {std::nullopt, std::nullopt},
+        {"ovel://Sessions", "ovel://workspaces", InternalPage::Workspaces},
+        {"OVEL://Home", "ovel://newtab", std::nullopt},
+        {"Chrome://History", "ovel://history", std::nullopt},
+        {"ovel://settings/", "", std::nullopt},
+        {"ovel://history?q=1", "", std::nullopt},
+        {" ovel://about", "", std::nullopt},
+        {std::nullopt, "", std::nullopt},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(pageForDisplayAddress(c.address), c.page) << c.address.value_or("(none)");
+        const auto route = c.text ? internalRouteFor(*c.text) : std::nullopt;
+        EXPECT_EQ(route ? route->canonicalAddress : "", c.route) << c.text.value_or("(none)");
+        EXPECT_EQ(pageForDisplayAddress(c.text), c.page) << c.text.value_or("(none)");
     }
 }
 
-WorkspaceSnapshot snapshot(std::string name, std::size_t tabs, double unixSeconds = 0) {
-    return {"id-" + name, std::move(name), Date::fromUnixSeconds(unixSeconds), 0,
-            std::vector<TabStore>(tabs)};
+WorkspaceSnapshot snapshot(std::size_t tabs, double unixSeconds) {
+    return {"id", "Work", Date::fromUnixSeconds(unixSeconds), 0, std::vector<TabStore>(tabs)};
 }
 
-TEST(InternalPages, CountedTextsKeepTheirWordsWhateverTheCount) {
-    const struct {
-        std::string actual;
-        std::string expected;
-    } cases[] = {
-        {workspaceStatusLine({}), "No saved workspaces yet."},
-        {workspaceStatusLine({snapshot("Research", 4), snapshot("Older", 9)}),
-         "Latest: Research (4 tabs)"},
-        {workspaceStatusLine({snapshot("<b>Work</b>", 1)}), "Latest: <b>Work</b> (1 tabs)"},
-        {historyCountText(0), "0 entries"},
-        {historyCountText(1), "1 entries"},
-        {historyCountText(57), "57 entries"},
-        // 2026-11-16 20:45 UTC.
-        {workspaceDetailLine(snapshot("Work", 3, 1794861900), "UTC"),
-         "3 tab(s) \u2022 Nov 16, 2026, 8:45 PM"},
-        {workspaceDetailLine(snapshot("Work", 1, 1794861900), "Europe/Paris"),
-         "1 tab(s) \u2022 Nov 16, 2026, 9:45 PM"},
-        {abbreviatedDateTime(Date::fromUnixSeconds(1767225600), "UTC"), "Jan 1, 2026, 12:00 AM"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.actual, c.expected);
-    }
-    EXPECT_EQ(aboutLines({1, 2, 0, 12345}),
-              (std::array<std::string, 4>{"Profiles: 1", "Tabs: 2", "History Entries: 0",
-                                          "Downloads: 12345"}));
+TEST(InternalPages, DatesAreWrittenInTheGivenTimeZone) {
+    // 2026-11-16 20:45 UTC.
+    EXPECT_EQ(workspaceDetailLine(snapshot(3, 1794861900), "UTC"),
+              "3 tab(s) \u2022 Nov 16, 2026, 8:45 PM");
+    EXPECT_EQ(workspaceDetailLine(snapshot(1, 1794861900), "Europe/Paris"),
+              "1 tab(s) \u2022 Nov 16, 2026, 9:45 PM");
+    EXPECT_EQ(abbreviatedDateTime(Date::fromUnixSeconds(1767225600), "UTC"),
+              "Jan 1, 2026, 12:00 AM");
 }
 
 TEST(InternalPages, TheAdBlockerSaysWhatItBlocksWith) {

@@ -146,12 +146,14 @@ void RecordingObserver::note(std::string line) {
 
 using Lines = std::vector<std::string>;
 
-// Three tabs showing T1, T2 and T3, the last selected; then one operation, and what views hear.
+// Three tabs showing T1, T2 and T3, the last selected; then one operation, the strip it leaves
+// (as BrowserFixture::strip() writes it) and what views hear.
 class Notices : public BrowserFixture {
 public:
     // The table's steps drive the fixture from outside.
     using BrowserFixture::mainQueue;
     using BrowserFixture::showPage;
+    using BrowserFixture::strip;
     using BrowserFixture::viewAt;
 
     void SetUp() override {
@@ -162,82 +164,159 @@ public:
     const Uuid& idAt(int index) const { return state->tabs.get().at(index)->id(); }
 };
 
+using Step = std::function<void(Notices&, BrowserState&)>;
+
 struct NoticeCase {
     const char* name;
-    std::function<void(Notices&, BrowserState&)> act;
+    Step act;
+    const char* strip;
     Lines expected;
     // What is done before anyone listens, if anything.
-    std::function<void(Notices&, BrowserState&)> prepare = {};
+    Step prepare = {};
+};
+
+const Step pinFirst = [](Notices&, BrowserState& s) { s.togglePinTab(0); };
+const Step pinFirstTwo = [](Notices&, BrowserState& s) {
+    s.togglePinTab(0);
+    s.togglePinTab(1);
 };
 
 TEST_F(Notices, EachOperationIsAnnouncedOnceAndOnlyWhenTheStateIsWhole) {
     const std::vector<NoticeCase> cases{
         {"close the selected tab",
          [](Notices&, BrowserState& s) { s.closeTab(2); },
+         "T1 [T2]",
          {"tabs: removed 2", "selection: 2 -> 1", "addressText: https://t2.test/"}},
         {"close the last unpinned tab beside pinned ones",
          [](Notices&, BrowserState& s) { s.closeTab(2); },
+         "T1p [T2p]",
          {"tabs: removed 2", "selection: 2 -> 1", "addressText: https://t2.test/"},
-         [](Notices&, BrowserState& s) {
-             s.togglePinTab(0);
-             s.togglePinTab(1);
-         }},
+         pinFirstTwo},
         {"close a tab before the selected one",
          [](Notices&, BrowserState& s) { s.closeTab(0); },
+         "T2 [T3]",
          {"tabs: removed 0", "selection: 2 -> 1 (same tab)"}},
+        {"close the selected tab in the middle: the one sliding into its place is selected",
+         [](Notices&, BrowserState& s) { s.closeTab(1); },
+         "T1 [T3]",
+         {"tabs: removed 1", "selection: 1 -> 1", "addressText: https://t3.test/"},
+         [](Notices&, BrowserState& s) { s.selectTab(1); }},
+        {"close the only tab, or none",
+         [](Notices&, BrowserState& s) {
+             s.closeTab(0);
+             s.closeTab(5);
+             s.closeTab(-1);
+         },
+         "[T3]",
+         {},
+         [](Notices&, BrowserState& s) { s.closeOtherTabs(2); }},
         {"move left",
          [](Notices&, BrowserState& s) { s.moveTabLeft(2); },
+         "T1 [T3] T2",
          {"tabs: moved 2->1", "selection: 2 -> 1 (same tab)"}},
+        {"move right among the pinned",
+         [](Notices&, BrowserState& s) { s.moveTabRight(0); },
+         "T2p T1p [T3]",
+         {"tabs: moved 0->1"},
+         pinFirstTwo},
+        {"moves out of a section or past the ends change nothing",
+         [](Notices&, BrowserState& s) {
+             s.moveTabRight(0);
+             s.moveTabLeft(1);
+             s.moveTabLeft(0);
+             s.moveTabRight(2);
+             s.moveTabRight(9);
+         },
+         "T1p T2 [T3]",
+         {},
+         pinFirst},
         {"pin",
          [](Notices&, BrowserState& s) { s.togglePinTab(2); },
+         "[T3p] T1 T2",
          {"tab 0: pinned", "tabs: moved 2->0", "selection: 2 -> 0 (same tab)"}},
+        {"pin after the pinned ones",
+         [](Notices&, BrowserState& s) { s.togglePinTab(2); },
+         "T1p [T3p] T2",
+         {"tab 1: pinned", "tabs: moved 2->1", "selection: 2 -> 1 (same tab)"},
+         pinFirst},
+        {"unpin: to the very end",
+         [](Notices&, BrowserState& s) { s.togglePinTab(0); },
+         "T2p [T3] T1",
+         {"tab 2: pinned", "tabs: moved 0->2", "selection: 2 -> 1 (same tab)"},
+         pinFirstTwo},
         {"reorder by drag",
          [](Notices& t, BrowserState& s) { s.reorderTab(t.idAt(0), t.idAt(2), true); },
+         "T2 [T3] T1",
          {"tabs: moved 0->2", "selection: 2 -> 1 (same tab)"}},
         {"a drop that changes nothing",
          [](Notices& t, BrowserState& s) { s.reorderTab(t.idAt(1), t.idAt(2), false); },
+         "T1 T2 [T3]",
          {}},
+        {"a drop of an unknown tab",
+         [](Notices& t, BrowserState& s) { s.reorderTab("unknown", t.idAt(0), false); },
+         "T1 T2 [T3]",
+         {}},
+        {"a pinned tab dropped among the others stays last of the pinned",
+         [](Notices& t, BrowserState& s) { s.reorderTab(t.idAt(0), t.idAt(2), true); },
+         "T2p T1p [T3]",
+         {"tabs: moved 0->1"},
+         pinFirstTwo},
+        {"another dropped onto a pinned one goes first of the others",
+         [](Notices& t, BrowserState& s) { s.reorderTab(t.idAt(2), t.idAt(0), false); },
+         "T1p [T3] T2",
+         {"tabs: moved 2->1", "selection: 2 -> 1 (same tab)"},
+         pinFirst},
         {"reopen",
          [](Notices&, BrowserState& s) { s.reopenLastClosedTab(); },
+         "[https://t1.test/] T2 T3",
          {"tabs: inserted 0", "selection: 1 -> 0", "addressText: https://t1.test/"},
          [](Notices&, BrowserState& s) { s.closeTab(0); }},
         {"duplicate",
          [](Notices&, BrowserState& s) { s.duplicateSelectedTab(); },
+         "T1 T2 T3 [https://t3.test/]",
          {"tabs: inserted 3", "selection: 2 -> 3"}},
         {"close others",
          [](Notices&, BrowserState& s) { s.closeOtherTabs(1); },
+         "[T2]",
          {"tabs: removed 2 removed 0", "selection: 2 -> 0", "addressText: https://t2.test/"}},
         {"close duplicates",
          [](Notices&, BrowserState& s) { s.closeDuplicateTabs(); },
+         "[T1] T2",
          {"tabs: removed 2", "selection: 2 -> 0", "addressText: https://t1.test/"},
          [](Notices& t, BrowserState&) { t.showPage(2, "https://t2.test/", "T2"); }},
         {"restore a workspace",
          [](Notices&, BrowserState& s) { s.restoreWorkspaceSnapshot(s.workspaceSnapshots->at(0)); },
+         "https://t1.test/ https://t2.test/ [https://t3.test/]",
          {"tabs: replaced", "selection: 2 -> 2"},
          [](Notices&, BrowserState& s) { s.createWorkspaceSnapshot("Three"); }},
         {"switch to a new profile",
          [](Notices&, BrowserState& s) { s.createProfile(); },
+         "[New Tab]",
          {"profiles: 2", "activeProfile: 00000000-0000-4000-8000-000000000008", "history: 0",
           "tabs: replaced", "selection: 2 -> 0", "addressText: "}},
         {"delete the active profile",
          [](Notices&, BrowserState& s) { s.deleteActiveProfile(); },
+         "https://t1.test/ https://t2.test/ [https://t3.test/]",
          {"profiles: 1", "activeProfile: 00000000-0000-4000-8000-000000000001", "history: 3",
           "tabs: replaced", "selection: 0 -> 2", "addressText: https://t3.test/"},
          [](Notices&, BrowserState& s) { s.createProfile(); }},
         {"a page load in a background tab",
          [](Notices& t, BrowserState&) { t.showPage(0, "https://t1.test/next", "T1 next"); },
+         "T1 next T2 [T3]",
          {"tab 0: loading", "tab 0: url", "tab 0: title loading", "history: 4"}},
         {"a progress tick",
          [](Notices& t, BrowserState&) {
              t.viewAt(2).simulateProgress(0.5);
              t.mainQueue.drain();
          },
+         "T1 T2 [T3]",
          {"tab 2: progress"}},
         {"a settings switch set twice to the same value",
          [](Notices&, BrowserState& s) {
              s.setTheme(BrowserTheme::Ocean);
              s.setTheme(BrowserTheme::Ocean);
          },
+         "T1 T2 [T3]",
          {"theme: ocean"}},
     };
     for (const NoticeCase& c : cases) {
@@ -249,6 +328,7 @@ TEST_F(Notices, EachOperationIsAnnouncedOnceAndOnlyWhenTheStateIsWhole) {
         mainQueue.drain();
         RecordingObserver observer(*state);
         c.act(*this, *state);
+        EXPECT_EQ(strip(), c.strip);
         EXPECT_EQ(observer.take(), c.expected);
         EXPECT_EQ(observer.broken, Lines{});
     }

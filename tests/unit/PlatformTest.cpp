@@ -1,38 +1,77 @@
+#include "app/GioDesktop.h"
 #include "app/SqliteSettingsStore.h"
-
-#include <gtest/gtest.h>
-#include <sqlite3.h>
+#include "support/TestEnvironment.h"
 
 #include <atomic>
 #include <fstream>
-#include <iterator>
+#include <gtest/gtest.h>
 #include <regex>
-#include <stdlib.h>
+#include <sqlite3.h>
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 
-namespace ovel {
+namespace ovel::test {
 namespace {
 
-std::string contents(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+class GioDesktopTest : public ::testing::Test {
+protected:
+    test::TemporaryFolder folder;
+    const fs::path& home = folder.path();
+};
+
+TEST_F(GioDesktopTest, DownloadsGoToTheNamedFolderElseDownloadsInHome) {
+    std::ofstream(home / "file") << "in the way";
+    const std::string fallback = home / "Downloads";
+    const struct {
+        const char* name;
+        std::optional<std::string> named;
+        std::string expected;
+    } cases[] = {
+        {"none named", std::nullopt, fallback},
+        {"home itself", home.string(), fallback},
+        {"home with a slash", home.string() + "/", fallback},
+        {"own folder, made with its parents", home / "Incoming" / "New", home / "Incoming" / "New"},
+        {"named folder cannot be made", home / "file" / "sub", fallback},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        fs::remove_all(fallback);
+        const auto folder =
+            GioDesktop::downloadsFolderFor(c.named ? c.named->c_str() : nullptr, home.string());
+        EXPECT_EQ(folder, c.expected);
+        EXPECT_TRUE(fs::is_directory(c.expected));
+    }
+
+    fs::remove_all(fallback);
+    std::ofstream(fallback) << "a file where the folder should be";
+    EXPECT_EQ(GioDesktop::downloadsFolderFor(nullptr, home.string()), std::nullopt);
 }
-void write(const fs::path& path, std::string_view bytes) {
-    std::ofstream(path, std::ios::binary).write(bytes.data(), bytes.size());
+
+TEST_F(GioDesktopTest, FileExistsForAnythingAtThePathEvenADanglingLink) {
+    std::ofstream(home / "file") << "x";
+    fs::create_directory(home / "folder");
+    fs::create_symlink(home / "gone", home / "dangling");
+    const struct {
+        std::string path;
+        bool exists;
+    } cases[] = {
+        {home / "file", true},
+        {home / "folder", true},
+        {home / "dangling", true},
+        {home / "gone", false},
+        {home / "file" / "below", false},
+        {(home / "file").string() + "\0suffix"s, false},
+        {"", false},
+    };
+    const GioDesktop desktop;
+    for (const auto& c : cases) {
+        EXPECT_EQ(desktop.fileExists(c.path), c.exists) << c.path;
+    }
 }
 
 class SqliteSettingsStoreTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "ovel-settings-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-        file = folder / "config" / "settings.sqlite3";
-    }
-    void TearDown() override { fs::remove_all(folder); }
-
     // Names of the files in the store's folder that a damaged store was moved to.
     std::vector<fs::path> movedAside() const {
         static const std::regex name(R"(settings\.sqlite3\.corrupt-\d+)");
@@ -45,8 +84,8 @@ protected:
         return found;
     }
 
-    fs::path folder;
-    fs::path file;
+    test::TemporaryFolder folder;
+    const fs::path file = folder / "config" / "settings.sqlite3";
 };
 
 enum class Kind { Absent, String, Bool, Data };
@@ -240,7 +279,7 @@ std::string realDatabaseBytes(const fs::path& file) {
                               std::string(1000, static_cast<char>('a' + i % 26)));
         }
     }
-    std::string bytes = contents(file);
+    std::string bytes = test::readFile(file);
     fs::remove(file);
     return bytes;
 }
@@ -262,7 +301,7 @@ TEST_F(SqliteSettingsStoreTest, MovesADamagedFileAsideAndStartsAFreshStore) {
         SCOPED_TRACE(damage.name);
         fs::remove_all(file.parent_path());
         fs::create_directories(file.parent_path());
-        write(file, damage.bytes);
+        test::writeFile(file, damage.bytes);
 
         auto settings = SqliteSettingsStore::open(file);
         EXPECT_EQ(settings->data("key 1"), std::nullopt);
@@ -272,13 +311,13 @@ TEST_F(SqliteSettingsStoreTest, MovesADamagedFileAsideAndStartsAFreshStore) {
 
         const auto moved = movedAside();
         ASSERT_EQ(moved.size(), 1u);
-        EXPECT_TRUE(contents(moved.front()) == damage.bytes);
+        EXPECT_TRUE(test::readFile(moved.front()) == damage.bytes);
     }
 }
 
 TEST_F(SqliteSettingsStoreTest, AnUnusableLocationKeepsSettingsInMemoryAndTouchesNothing) {
     fs::create_directories(folder / "taken");
-    write(folder / "plain file", "mine");
+    test::writeFile(folder / "plain file", "mine");
     const fs::path places[] = {folder / "plain file" / "settings.sqlite3", folder / "taken"};
     for (const auto& place : places) {
         SCOPED_TRACE(place);
@@ -287,10 +326,10 @@ TEST_F(SqliteSettingsStoreTest, AnUnusableLocationKeepsSettingsInMemoryAndTouche
         settings->setString("theme", "ocean");
         EXPECT_EQ(settings->string("theme"), "ocean");
     }
-    EXPECT_EQ(contents(folder / "plain file"), "mine");
+    EXPECT_EQ(test::readFile(folder / "plain file"), "mine");
     EXPECT_TRUE(fs::is_directory(folder / "taken"));
     EXPECT_TRUE(fs::is_empty(folder / "taken"));
 }
 
 } // namespace
-} // namespace ovel
+} // namespace ovel::test
